@@ -1,0 +1,14 @@
+// zuutl04: the utility library beneath a family of ODBC drivers.
+// Clients include this header and nothing else.
+#ifndef ZUUTL_H
+#define ZUUTL_H
+
+#include "frame/api.h"
+#include "frame/types.h"
+#include "frame/status.h"
+#include "frame/object.h"
+#include "frame/task.h"
+#include "frame/semaphore.h"
+#include "memory/ram.h"
+
+#endif

@@ -1,0 +1,28 @@
+// A client of the installed library: one header, exported names only.
+#include <zuutl.h>
+
+#include <cstdio>
+#include <cstring>
+
+class Client : public ZuObject {
+ public:
+  int value = 7;
+};
+
+int main() {
+  mdsPerTaskInit();
+  Client* c = new Client;
+  if (c == nullptr || c->value != 7 || c->compare(nullptr) != 0) return 1;
+  void* block = ramAlloc(100);
+  if (block == nullptr || ramSize(block) != 100) return 2;
+  if (ramResize(&block, 1000) != ZU_OK || ramSize(block) != 1000) return 3;
+  ZuSemaphore lock;
+  lock.lock();
+  lock.unlock();
+  ramFree(block);
+  delete c;
+  if (mdsGetPerTaskData(TASK_DATA_RAM_HEAP) != nullptr) return 4;
+  mdsPerTaskTerm();
+  std::printf("consumer: ok\n");
+  return 0;
+}

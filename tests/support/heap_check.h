@@ -1,0 +1,31 @@
+// Test helpers around the heap: the full checker as a gtest assertion, and a
+// guard that disarms fault injection whatever way a test ends.
+#ifndef ZU_TESTS_SUPPORT_HEAP_CHECK_H
+#define ZU_TESTS_SUPPORT_HEAP_CHECK_H
+
+#include <gtest/gtest.h>
+
+#include "memory/heap.h"
+#include "platform/fault.h"
+
+namespace zutest {
+
+inline ::testing::AssertionResult heapIsSound() {
+  const char* problem = zu::heap::check();
+  if (problem == nullptr) return ::testing::AssertionSuccess();
+  return ::testing::AssertionFailure() << problem;
+}
+
+struct FaultGuard {
+  FaultGuard() = default;
+  ~FaultGuard() { zu::platform::faultDisarmAll(); }
+  FaultGuard(const FaultGuard&) = delete;
+  FaultGuard& operator=(const FaultGuard&) = delete;
+};
+
+// Segments in the chain.
+std::uint32_t segmentCount();
+
+}  // namespace zutest
+
+#endif
