@@ -6,6 +6,11 @@ set(ZU_PUBLIC_HEADERS
   frame/status.h
   frame/object.h
   frame/task.h
+  frame/thread.h
   frame/semaphore.h
   memory/ram.h
+  containers/list.h
+  strings/bytes.h
+  strings/compare.h
+  strings/like.h
 )

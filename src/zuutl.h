@@ -8,7 +8,12 @@
 #include "frame/status.h"
 #include "frame/object.h"
 #include "frame/task.h"
+#include "frame/thread.h"
 #include "frame/semaphore.h"
 #include "memory/ram.h"
+#include "containers/list.h"
+#include "strings/bytes.h"
+#include "strings/compare.h"
+#include "strings/like.h"
 
 #endif
