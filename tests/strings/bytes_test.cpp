@@ -1,0 +1,142 @@
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <numeric>
+#include <string>
+#include <vector>
+
+#include "strings/bytes.h"
+
+namespace {
+
+const unsigned char* u(const char* text) { return reinterpret_cast<const unsigned char*>(text); }
+std::string s(const unsigned char* text) { return reinterpret_cast<const char*>(text); }
+
+TEST(BytePrimitives, CopiesChainAndStopWhereTold) {
+  unsigned char buffer[32];
+  unsigned char* end = BUTSTCPY(buffer, u("con"));
+  end = BUTSTCAT(buffer, u("nect"));
+  end = BUTSTCPY(end, u("ion"));
+  EXPECT_EQ(s(buffer), "connection");
+  EXPECT_EQ(end, buffer + 10);
+  EXPECT_EQ(strCopy(buffer, u("abcdef"), 2), buffer + 2);
+  EXPECT_EQ(s(buffer), "ab");
+
+  std::memset(buffer, '#', sizeof buffer);
+  strCopy(buffer, 4, u("abcdef"));
+  EXPECT_EQ(std::string(reinterpret_cast<char*>(buffer), 5), std::string("abc\0#", 5));
+  strCopy(buffer, 1, u("abc"));
+  EXPECT_EQ(s(buffer), "");
+  std::memset(buffer, '#', sizeof buffer);
+  strCopy(buffer, 8, u("ab"));  // through the NUL, no padding after it
+  EXPECT_EQ(std::string(reinterpret_cast<char*>(buffer), 8), std::string("ab\0####\0", 8));
+}
+
+TEST(BytePrimitives, CountsWrapAtSixteenBits) {
+  std::string text(70000, 'x');
+  EXPECT_EQ(BUTSTLEN(u(text.c_str())), 4464);
+  EXPECT_EQ(BUTSTLEN(u(text.substr(0, 65535).c_str())), 65535);
+  EXPECT_EQ(BUTSTLEN(u(text.substr(0, 65536).c_str())), 0);
+  // Measured texts use the same measure: a 65536-byte text quotes as empty.
+  std::vector<unsigned char> out(8);
+  EXPECT_EQ(strCopyQuoted(out.data(), u(text.substr(0, 65536).c_str()), '"'), out.data() + 2);
+
+  std::vector<unsigned char> a(70001, 7), b(70001, 7);
+  b[70000] = 8;
+  EXPECT_EQ(BUTMMCMP(a.data(), b.data(), 65535), 0);
+  EXPECT_EQ(memCompareHuge(a.data(), b.data(), 70001), -1);
+  BUTU8FIL(a.data(), 1, 65535);
+  memFillHuge(b.data(), 2, 70001);
+  EXPECT_EQ(a[65534], 1);
+  EXPECT_EQ(a[65535], 7);
+  EXPECT_EQ(b[70000], 2);
+  memCopyHuge(a.data(), b.data(), 70001);
+  EXPECT_EQ(a, b);
+}
+
+// What a byte loop in each direction leaves, overlap included.
+void loopUp(unsigned char* d, const unsigned char* s, size_t n) {
+  for (size_t i = 0; i < n; ++i) d[i] = s[i];
+}
+void loopDown(unsigned char* d, const unsigned char* s, size_t n) {
+  for (size_t i = n; i-- > 0;) d[i] = s[i];
+}
+
+TEST(BytePrimitives, OverlappingCopiesKeepTheirByteOrder) {
+  for (size_t count : {0u, 1u, 3u, 17u, 64u, 1000u}) {
+    for (int shift = -40; shift <= 40; ++shift) {
+      std::vector<unsigned char> mine(1200), want;
+      std::iota(mine.begin(), mine.end(), 0);
+      const std::vector<unsigned char> start = mine;
+      auto check = [&](auto copy, auto loop, const char* name) {
+        mine = want = start;
+        copy(mine.data() + 60 + shift, mine.data() + 60, count);
+        loop(want.data() + 60 + shift, want.data() + 60, count);
+        EXPECT_EQ(mine, want) << name << " count " << count << " shift " << shift;
+      };
+      check([](unsigned char* d, unsigned char* s, size_t n) { BUTMEMCP(d, s, n); }, loopUp, "BUTMEMCP");
+      check([](unsigned char* d, unsigned char* s, size_t n) { memCopyHuge(d, s, n); }, loopUp, "memCopyHuge");
+      check([](unsigned char* d, unsigned char* s, size_t n) { BUTMMCPD(d, s, n); }, loopDown, "BUTMMCPD");
+    }
+  }
+}
+
+TEST(BytePrimitives, CompareAndSwap) {
+  const unsigned char high[] = {200}, low[] = {100};
+  EXPECT_EQ(BUTMMCMP(high, low, 1), 1);
+  EXPECT_EQ(BUTMMCMP(low, high, 0), 0);
+  EXPECT_EQ(BUTSTCMP(u("ab\xE9"), u("abz")), 1);
+  EXPECT_EQ(BUTSTCMP(u("ab"), u("abc")), -1);
+
+  std::vector<unsigned char> a(1500), b(1500);  // three exchange blocks
+  std::iota(a.begin(), a.end(), 0);
+  std::iota(b.begin(), b.end(), 100);
+  const auto oldA = a, oldB = b;
+  BUTMMSWP(a.data(), b.data(), 1500);
+  EXPECT_EQ(a, oldB);
+  EXPECT_EQ(b, oldA);
+}
+
+TEST(BytePrimitives, Searches) {
+  const unsigned char* text = u("a'b,c',d\xE9");
+  EXPECT_EQ(BUTSTCHR(text, 0), nullptr);
+  EXPECT_EQ(BUTSTCHR(text, '\''), text + 1);
+  EXPECT_EQ(strFindReverse(text, '\''), text + 5);
+  EXPECT_EQ(strFindReverse(text, 0xE9), text + 8);
+  EXPECT_EQ(strFind(text, u("")), text);
+  EXPECT_EQ(strFind(text, u(",d")), text + 6);
+  EXPECT_EQ(strFind(text, u(",x")), nullptr);
+
+  EXPECT_EQ(strFind(text, ',', '\'', '"', '`'), text + 6);
+  EXPECT_EQ(strFind(u("a'b"), '\'', '\'', 0, 0), u("a'b") + 1);
+  const unsigned char* doubled = u("'a'',b',c");  // a doubled quote stays inside
+  EXPECT_EQ(strFind(doubled, ',', '\'', 0, 0), doubled + 7);
+  EXPECT_EQ(strFind(u("`x,\"y\",`"), ',', '`', '"', 0), nullptr);
+}
+
+TEST(BytePrimitives, QuotedTexts) {
+  unsigned char out[32];
+  EXPECT_EQ(strCopyQuoted(out, u("it's"), '\''), out + 7);
+  EXPECT_EQ(s(out), "'it''s'");
+  EXPECT_EQ(strCatQuoted(out, u("x"), '"'), out + 10);
+  EXPECT_EQ(s(out), "'it''s'\"x\"");
+  EXPECT_EQ(strCopyQuoted(out, u(""), '"'), out + 2);
+  EXPECT_EQ(s(out), "\"\"");
+  strCopyQuoted(out, u("it's"), 4, 0x100 + '\'');  // not a byte: written, never doubled
+  EXPECT_EQ(s(out), "'it's'");
+
+  unsigned char inPlace[] = "'a''b'''";
+  EXPECT_EQ(strCopyUnquoted(inPlace, inPlace), inPlace + 4);
+  EXPECT_EQ(s(inPlace), "a'b'");
+  EXPECT_EQ(strCopyUnquoted(out, u("''''")), out + 1);
+  EXPECT_EQ(s(out), "'");
+  strCopyUnquoted(out, u("\"a'b\""));
+  EXPECT_EQ(s(out), "a'b");
+  // Not well formed: nothing read past the count, nothing invented.
+  EXPECT_EQ(strCopyUnquoted(out, u("'"), 1), out);
+  std::vector<unsigned char> loneQuote = {'\'', 'a', '\'', '\''};
+  strCopyUnquoted(out, loneQuote.data(), 4);
+  EXPECT_EQ(s(out), "a");
+}
+
+}  // namespace
