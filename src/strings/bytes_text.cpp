@@ -12,6 +12,27 @@ unsigned char* bytesOf(const char* text) {
   return reinterpret_cast<unsigned char*>(const_cast<char*>(text));
 }
 
+// Texts are copied a block at a time: the NUL is looked for in a block that
+// is then still in the cache for the copy. memchr stops at the first NUL, so
+// nothing past the text is read, and a destination below the source is safe.
+constexpr std::size_t kTextBlock = 4096;
+
+// Copies `src` through its NUL but at most `limit` bytes; returns the count.
+std::size_t copyThroughNul(unsigned char* dst, const unsigned char* src, std::size_t limit) {
+  std::size_t done = 0;
+  while (done < limit) {
+    const std::size_t block = limit - done < kTextBlock ? limit - done : kTextBlock;
+    const void* nul = std::memchr(src + done, 0, block);
+    const std::size_t n = nul != nullptr ? static_cast<const unsigned char*>(nul) - (src + done) + 1 : block;
+    std::memmove(dst + done, src + done, n);
+    done += n;
+    if (nul != nullptr) break;
+  }
+  return done;
+}
+
+constexpr std::size_t kUnlimited = static_cast<std::size_t>(-1);
+
 }  // namespace
 
 unsigned char* BUTSTCAT(unsigned char* dst, const unsigned char* src) {
@@ -28,9 +49,7 @@ short BUTSTCMP(const unsigned char* a, const unsigned char* b) {
 }
 
 unsigned char* BUTSTCPY(unsigned char* dst, const unsigned char* src) {
-  const std::size_t length = std::strlen(chars(src));
-  std::memmove(dst, src, length + 1);
-  return dst + length;
+  return dst + copyThroughNul(dst, src, kUnlimited) - 1;
 }
 
 unsigned short BUTSTLEN(const unsigned char* text) {
@@ -40,11 +59,7 @@ unsigned short BUTSTLEN(const unsigned char* text) {
 void strCopy(unsigned char* dst, std::uint32_t size, const unsigned char* src) {
   const std::uint32_t room = size - 1;
   dst[room] = 0;
-  // memchr stops at the first NUL, so a short source is never read past.
-  const void* nul = std::memchr(src, 0, room);
-  const std::size_t copied =
-      nul != nullptr ? static_cast<const unsigned char*>(nul) - src + 1 : room;
-  std::memmove(dst, src, copied);
+  copyThroughNul(dst, src, room);
 }
 
 unsigned char* strCopy(unsigned char* dst, const unsigned char* src, std::uint32_t count) {
