@@ -13,4 +13,6 @@ set(ZU_PUBLIC_HEADERS
   strings/bytes.h
   strings/compare.h
   strings/like.h
+  strings/convert.h
+  strings/hex.h
 )

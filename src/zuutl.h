@@ -15,5 +15,7 @@
 #include "strings/bytes.h"
 #include "strings/compare.h"
 #include "strings/like.h"
+#include "strings/convert.h"
+#include "strings/hex.h"
 
 #endif
