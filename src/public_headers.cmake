@@ -15,4 +15,6 @@ set(ZU_PUBLIC_HEADERS
   strings/like.h
   strings/convert.h
   strings/hex.h
+  strings/substring.h
+  strings/string.h
 )

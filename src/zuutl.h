@@ -17,5 +17,6 @@
 #include "strings/like.h"
 #include "strings/convert.h"
 #include "strings/hex.h"
+#include "strings/string.h"
 
 #endif
