@@ -12,12 +12,12 @@ namespace charset {
 
 // The three lower-case letters in the 0x9A-0x9E row sit 16 above their
 // capitals; y with diaeresis has its capital at 0x9F.
-constexpr unsigned char kLowerS_Caron = 0x9A;
+constexpr unsigned char kLowerSCaron = 0x9A;
 constexpr unsigned char kLowerOE = 0x9C;
-constexpr unsigned char kLowerZ_Caron = 0x9E;
+constexpr unsigned char kLowerZCaron = 0x9E;
 constexpr unsigned char kRowShift = 0x10;
-constexpr unsigned char kLowerY_Diaeresis = 0xFF;
-constexpr unsigned char kUpperY_Diaeresis = 0x9F;
+constexpr unsigned char kLowerYDiaeresis = 0xFF;
+constexpr unsigned char kUpperYDiaeresis = 0x9F;
 // Accented lower case: 0xE0-0xFE, 32 above the capitals, except division.
 constexpr unsigned char kAccentedFirst = 0xE0;
 constexpr unsigned char kAccentedLast = 0xFE;
@@ -31,10 +31,10 @@ constexpr std::array<unsigned char, 256> makeUpperCase() {
                  (c >= kAccentedFirst && c <= kAccentedLast && c != kDivisionSign);
     table[c] = static_cast<unsigned char>(lower ? c - kCaseShift : c);
   }
-  for (unsigned char c : {kLowerS_Caron, kLowerOE, kLowerZ_Caron}) {
+  for (unsigned char c : {kLowerSCaron, kLowerOE, kLowerZCaron}) {
     table[c] = static_cast<unsigned char>(c - kRowShift);
   }
-  table[kLowerY_Diaeresis] = kUpperY_Diaeresis;
+  table[kLowerYDiaeresis] = kUpperYDiaeresis;
   return table;
 }
 

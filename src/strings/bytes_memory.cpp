@@ -4,7 +4,7 @@
 #include "strings/bytes.h"
 #include "strings/directed_copy.h"
 #include "strings/mem_words.h"
-#include "strings/order.h"
+#include "strings/text_rules.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 #include <cstring>
 
 #include "strings/bytes.h"
-#include "strings/order.h"
+#include "strings/text_rules.h"
 
 namespace {
 

@@ -4,14 +4,13 @@
 #include "platform/charset.h"
 #include "strings/bytes.h"
 #include "strings/compare.h"
-#include "strings/order.h"
+#include "strings/text_rules.h"
 
 namespace {
 
 using zu::platform::upperCase;
+using zu::bytes::kBlank;
 using zu::bytes::threeWay;
-
-constexpr unsigned char kBlank = ' ';
 
 short compareLengths(std::uint32_t lengthA, std::uint32_t lengthB) {
   return static_cast<short>((lengthA > lengthB) - (lengthA < lengthB));

@@ -3,7 +3,7 @@
 
 #include "platform/collation.h"
 #include "strings/compare.h"
-#include "strings/order.h"
+#include "strings/text_rules.h"
 
 namespace {
 

@@ -11,12 +11,12 @@
 #include "platform/charset.h"
 #include "strings/bytes.h"
 #include "strings/like.h"
+#include "strings/text_rules.h"
 
 namespace {
 
+using zu::bytes::kBlank;
 using zu::platform::kUpperCase;
-
-constexpr unsigned char kBlank = ' ';
 
 // The other byte that folds to the same letter, or the byte itself. Folding
 // pairs bytes at most two to a letter, which the scan below relies on.
@@ -33,11 +33,10 @@ constexpr std::array<unsigned char, 256> makeFoldPartner() {
 }
 
 constexpr bool foldsInPairs() {
+  std::array<int, 256> sharing{};
   for (int c = 0; c < 256; ++c) {
     if (kUpperCase[kUpperCase[c]] != kUpperCase[c]) return false;  // capitals are fixed
-    int sharing = 0;
-    for (int d = 0; d < 256; ++d) sharing += kUpperCase[d] == kUpperCase[c];
-    if (sharing > 2) return false;
+    if (++sharing[kUpperCase[c]] > 2) return false;
   }
   return true;
 }
