@@ -4,18 +4,30 @@
 #define ZUUTL_ERRORS_CATALOGUE_H
 
 #include <cstdint>
+#include <span>
 
 namespace zu {
 
 // Longest text a load hands back; the loader cuts longer rows here.
 constexpr int kCatalogueTextMax = 511;
 
+struct CatalogueRow {
+  std::uint16_t id;
+  const char* text;
+};
+
+// Every row, in ascending order of id.
+std::span<const CatalogueRow> catalogueRows();
+
 // The stored row, or null for an unknown id.
 const char* catalogueRow(std::uint16_t id);
 
-// Copies row `id` into `buffer` of `size` bytes, cut to size - 1 and NUL
-// terminated, as the platform's string loader does. Returns the bytes copied;
-// 0 (and an empty text) for an unknown id.
+// Copies `text` (null counts as empty) into `buffer` of `size` bytes, cut to
+// size - 1 and never beyond kCatalogueTextMax, NUL terminated, as the
+// platform's string loader does. Returns the bytes copied.
+int catalogueCopy(const char* text, unsigned char* buffer, int size);
+
+// catalogueCopy of row `id`: 0 and an empty text for an unknown id.
 int catalogueLoad(std::uint16_t id, unsigned char* buffer, int size);
 
 }  // namespace zu
