@@ -27,8 +27,9 @@ void demoFrame() {
   mdsSetPerTaskData(static_cast<PerTaskData>(2), nullptr);
 
   ZuSemaphore made;
-  ZuSemaphore zeroed;
-  std::memset(static_cast<void*>(&zeroed), 0, sizeof zeroed);
+  // Never constructed: zero bytes are a free spin lock.
+  alignas(ZuSemaphore) static unsigned char storage[sizeof(ZuSemaphore)];
+  ZuSemaphore& zeroed = *reinterpret_cast<ZuSemaphore*>(storage);
   made.lock();
   made.unlock();
   zeroed.lock();

@@ -118,9 +118,8 @@ int main() {
     if (c == "reports_spin") expect(isSystem(t), "bit 19 does not change the allocation");
     if (c == "spin0") {
       expect(pool.spinCount == 0, "a spin count of 0 is stored as 0");
-      ZuSemaphore spin;
-      std::memset(static_cast<void*>(&spin), 0, sizeof spin);
-      lockBoth(spin);  // one try per pass still acquires a free lock
+      alignas(ZuSemaphore) unsigned char storage[sizeof(ZuSemaphore)] = {};
+      lockBoth(*reinterpret_cast<ZuSemaphore*>(storage));  // one try per pass still acquires
     }
     zu::platform::sys.report = zu::platform::kDefaultCalls.report;
   } else if (c == "spin_sleep") {
