@@ -52,10 +52,22 @@ const char* checkSegment(RamSegment* s) {
   return nullptr;
 }
 
-std::uint32_t countIndex(const IndexNode* n, bool byOrder) {
+// Counts a tree's nodes; in the order tree also checks each node's parent
+// and its subtree's largest fit. Returns ~0u on a fault.
+std::uint32_t countIndex(const IndexNode* n, bool byOrder, const IndexNode* parent = nullptr) {
   if (n == nullptr) return 0;
   const IndexNode* const* kids = byOrder ? n->byOrder : n->byAddress;
-  return 1 + countIndex(kids[0], byOrder) + countIndex(kids[1], byOrder);
+  if (byOrder) {
+    std::uint32_t best = n->fit;
+    for (const IndexNode* c : n->byOrder) {
+      if (c != nullptr && c->subtreeFit > best) best = c->subtreeFit;
+    }
+    if (n->orderParent != parent || n->subtreeFit != best) return ~0u;
+  }
+  std::uint32_t left = countIndex(kids[0], byOrder, n);
+  std::uint32_t right = countIndex(kids[1], byOrder, n);
+  if (left == ~0u || right == ~0u) return ~0u;
+  return 1 + left + right;
 }
 
 }  // namespace
@@ -89,7 +101,7 @@ const char* check() {
   if (result == nullptr && indexEnabled() &&
       (countIndex(index().root(), true) != segments ||
        countIndex(index().addressRoot(), false) != segments)) {
-    result = fail("index size differs from the chain", nullptr, segments);
+    result = fail("index size differs from the chain, or a subtree summary is stale", nullptr, segments);
   }
   ramSemaphore.unlock();
   return result;

@@ -18,12 +18,20 @@ struct ByAddress {
 struct ByOrder {
   static IndexNode*& child(IndexNode* n, int side) { return n->byOrder[side]; }
   static bool less(const IndexNode* a, const IndexNode* b) { return a->order < b->order; }
-  static void refresh(IndexNode* n) {
+  static std::uint32_t largestBelow(const IndexNode* n) {
     std::uint32_t best = n->fit;
-    for (IndexNode* c : n->byOrder) {
+    for (const IndexNode* c : n->byOrder) {
       if (c != nullptr && c->subtreeFit > best) best = c->subtreeFit;
     }
-    n->subtreeFit = best;
+    return best;
+  }
+  // Every change of shape refreshes the nodes whose children changed, so
+  // this is also where the children learn their parent.
+  static void refresh(IndexNode* n) {
+    for (IndexNode* c : n->byOrder) {
+      if (c != nullptr) c->orderParent = n;
+    }
+    n->subtreeFit = largestBelow(n);
   }
 };
 
@@ -74,16 +82,6 @@ IndexNode* erase(IndexNode* t, IndexNode* node) {
   return t;
 }
 
-// Recomputes subtreeFit on the path from the root down to `node`.
-void refreshPath(IndexNode* t, const IndexNode* node) {
-  if (t == node) {
-    ByOrder::refresh(t);
-    return;
-  }
-  refreshPath(ByOrder::child(t, ByOrder::less(node, t) ? 0 : 1), node);
-  ByOrder::refresh(t);
-}
-
 }  // namespace
 
 void SegmentIndex::append(IndexNode* node) {
@@ -92,22 +90,30 @@ void SegmentIndex::append(IndexNode* node) {
   seed_ ^= seed_ << 5;
   node->byAddress[0] = node->byAddress[1] = nullptr;
   node->byOrder[0] = node->byOrder[1] = nullptr;
+  node->orderParent = nullptr;
   node->order = nextOrder_++;
   node->priority = seed_;
   node->subtreeFit = node->fit;
   byAddress_ = insert<ByAddress>(byAddress_, node);
   byOrder_ = merge<ByOrder>(byOrder_, node);  // the newest is always last
+  byOrder_->orderParent = nullptr;
 }
 
 void SegmentIndex::remove(IndexNode* node) {
   byAddress_ = erase<ByAddress>(byAddress_, node);
   byOrder_ = erase<ByOrder>(byOrder_, node);
+  if (byOrder_ != nullptr) byOrder_->orderParent = nullptr;
 }
 
 void SegmentIndex::setFit(IndexNode* node, std::uint32_t fit) {
   if (node->fit == fit) return;
   node->fit = fit;
-  refreshPath(byOrder_, node);
+  // Climb while the largest fit of a subtree changes.
+  for (IndexNode* n = node; n != nullptr; n = n->orderParent) {
+    std::uint32_t best = ByOrder::largestBelow(n);
+    if (best == n->subtreeFit) break;
+    n->subtreeFit = best;
+  }
 }
 
 IndexNode* SegmentIndex::atOrBelow(const void* address) const {

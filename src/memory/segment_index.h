@@ -19,6 +19,7 @@ namespace zu::heap {
 struct IndexNode {
   IndexNode* byAddress[2];
   IndexNode* byOrder[2];
+  IndexNode* orderParent;  // so a change of fit climbs only as far as it matters
   std::uint64_t order;  // creation number: the chain's order
   std::uint32_t priority;
   std::uint32_t fit;
