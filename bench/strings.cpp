@@ -43,16 +43,24 @@ void inPieces(unsigned char* dst, const unsigned char* src, size_t size, Copy co
   }
 }
 
-void Memcpy(benchmark::State& s) { runCopy(s, [](auto d, auto c, size_t n) { std::memcpy(d, c, n); }); }
-void Memmove(benchmark::State& s) { runCopy(s, [](auto d, auto c, size_t n) { std::memmove(d, c, n); }); }
+void Memcpy(benchmark::State& s) {
+  runCopy(s, [](auto d, auto c, size_t n) { std::memcpy(d, c, n); });
+}
+void Memmove(benchmark::State& s) {
+  runCopy(s, [](auto d, auto c, size_t n) { std::memmove(d, c, n); });
+}
 void ButMemcp(benchmark::State& s) {
   runCopy(s, [](auto d, auto c, size_t n) { inPieces(d, c, n, BUTMEMCP); });
 }
 void ButMmcpd(benchmark::State& s) {
   runCopy(s, [](auto d, auto c, size_t n) { inPieces(d, c, n, BUTMMCPD); });
 }
-void MemCopyHuge(benchmark::State& s) { runCopy(s, [](auto d, auto c, size_t n) { memCopyHuge(d, c, n); }); }
-void StrCopyCount(benchmark::State& s) { runCopy(s, [](auto d, auto c, size_t n) { strCopy(d, c, n); }); }
+void MemCopyHuge(benchmark::State& s) {
+  runCopy(s, [](auto d, auto c, size_t n) { memCopyHuge(d, c, n); });
+}
+void StrCopyCount(benchmark::State& s) {
+  runCopy(s, [](auto d, auto c, size_t n) { strCopy(d, c, n); });
+}
 void StrCopyBounded(benchmark::State& s) {
   runCopy(s, [](auto d, auto c, size_t n) { strCopy(d, n + 1, c); });
 }
@@ -61,7 +69,9 @@ void Strcpy(benchmark::State& s) {
     std::strcpy(reinterpret_cast<char*>(d), reinterpret_cast<const char*>(c));
   });
 }
-void ButStcpy(benchmark::State& s) { runCopy(s, [](auto d, auto c, size_t) { BUTSTCPY(d, c); }); }
+void ButStcpy(benchmark::State& s) {
+  runCopy(s, [](auto d, auto c, size_t) { BUTSTCPY(d, c); });
+}
 
 // Overlapping moves within one buffer: ascending 16 bytes up repeats a
 // 16-byte pattern; descending 16 bytes down likewise; memmove for scale.

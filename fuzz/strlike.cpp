@@ -17,7 +17,8 @@ namespace {
 constexpr size_t kHeader = 5;
 constexpr uint8_t kFoldCase = 1;
 constexpr uint8_t kUsualWildcards = 2;  // % and _ whatever the next two bytes say
-constexpr size_t kReferenceLimit = 64;  // beyond this the reference is too slow to run on every input
+constexpr size_t kReferenceLimit =
+    64;  // beyond this the reference is too slow to run on every input
 
 unsigned char* exactCopy(const uint8_t* from, size_t size) {
   unsigned char* copy = static_cast<unsigned char*>(std::malloc(size));
@@ -41,8 +42,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   unsigned char* pattern = exactCopy(data, patternSize);
   unsigned char* text = exactCopy(data + patternSize, textSize);
 
-  const unsigned got = strLike(text, textSize, pattern, patternSize, anyMany, anyOne, escape,
-                               exactCase);
+  const unsigned got =
+      strLike(text, textSize, pattern, patternSize, anyMany, anyOne, escape, exactCase);
   if (got > 1) std::abort();
   if (patternSize <= kReferenceLimit && textSize <= 4 * kReferenceLimit) {
     zutest::LikeReference reference;

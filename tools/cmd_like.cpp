@@ -75,10 +75,12 @@ void demoBytes() {
               static_cast<unsigned>(BUTSTLEN(bytes(big.c_str()))));
   strCopyQuoted(buffer, bytes("it's"), '\'');
   std::printf("strCopyQuoted(it's): %s\n", reinterpret_cast<char*>(buffer));
-  std::printf("strCompareCi of E-acute T E-acute with e-acute t e-acute (bytes C9 54 C9, E9 74 E9): %d\n",
-              strCompareCi(bytes("\xC9T\xC9"), bytes("\xE9t\xE9")));
+  std::printf(
+      "strCompareCi of E-acute T E-acute with e-acute t e-acute (bytes C9 54 C9, E9 74 E9): %d\n",
+      strCompareCi(bytes("\xC9T\xC9"), bytes("\xE9t\xE9")));
   std::printf("strComparePad(\"abc\", \"abc  \"): %d; with a tab instead: %d\n",
-              strComparePad(bytes("abc"), bytes("abc  ")), strComparePad(bytes("abc"), bytes("abc\t")));
+              strComparePad(bytes("abc"), bytes("abc  ")),
+              strComparePad(bytes("abc"), bytes("abc\t")));
   const double minusZero = -0.0, plusZero = 0.0;
   unsigned char a[sizeof(double)], b[sizeof(double)];
   std::memcpy(a, &minusZero, sizeof a);

@@ -27,8 +27,8 @@ constexpr unsigned char kCaseShift = 0x20;
 constexpr std::array<unsigned char, 256> makeUpperCase() {
   std::array<unsigned char, 256> table{};
   for (int c = 0; c < 256; ++c) {
-    bool lower = (c >= 'a' && c <= 'z') ||
-                 (c >= kAccentedFirst && c <= kAccentedLast && c != kDivisionSign);
+    bool lower =
+        (c >= 'a' && c <= 'z') || (c >= kAccentedFirst && c <= kAccentedLast && c != kDivisionSign);
     table[c] = static_cast<unsigned char>(lower ? c - kCaseShift : c);
   }
   for (unsigned char c : {kLowerSCaron, kLowerOE, kLowerZCaron}) {
@@ -40,13 +40,14 @@ constexpr std::array<unsigned char, 256> makeUpperCase() {
 
 // 0x80-0x9F are the set's own; the undefined five keep their C1 code points,
 // as the Windows conversion does. Everything else is Latin-1.
-constexpr std::uint16_t kHighRow[32] = {
-    0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021,
-    0x02C6, 0x2030, 0x0160, 0x2039, 0x0152, 0x008D, 0x017D, 0x008F,
-    0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014,
-    0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178,
-};
 constexpr unsigned char kHighRowFirst = 0x80;
+constexpr int kHighRowSize = 32;
+constexpr std::uint16_t kHighRow[kHighRowSize] = {
+    0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021,  // 0x80
+    0x02C6, 0x2030, 0x0160, 0x2039, 0x0152, 0x008D, 0x017D, 0x008F,  // 0x88
+    0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014,  // 0x90
+    0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178,  // 0x98
+};
 
 }  // namespace charset
 
@@ -57,7 +58,7 @@ inline unsigned char upperCase(unsigned char c) { return kUpperCase[c]; }
 
 // The Unicode code point of one byte.
 constexpr std::uint32_t codePoint(unsigned char c) {
-  return c >= charset::kHighRowFirst && c < charset::kHighRowFirst + 32
+  return c >= charset::kHighRowFirst && c < charset::kHighRowFirst + charset::kHighRowSize
              ? charset::kHighRow[c - charset::kHighRowFirst]
              : c;
 }

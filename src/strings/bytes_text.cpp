@@ -23,7 +23,8 @@ std::size_t copyThroughNul(unsigned char* dst, const unsigned char* src, std::si
   while (done < limit) {
     const std::size_t block = limit - done < kTextBlock ? limit - done : kTextBlock;
     const void* nul = std::memchr(src + done, 0, block);
-    const std::size_t n = nul != nullptr ? static_cast<const unsigned char*>(nul) - (src + done) + 1 : block;
+    const std::size_t n =
+        nul != nullptr ? static_cast<const unsigned char*>(nul) - (src + done) + 1 : block;
     std::memmove(dst + done, src + done, n);
     done += n;
     if (nul != nullptr) break;

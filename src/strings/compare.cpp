@@ -8,9 +8,9 @@
 
 namespace {
 
-using zu::platform::upperCase;
 using zu::bytes::kBlank;
 using zu::bytes::threeWay;
+using zu::platform::upperCase;
 
 short compareLengths(std::uint32_t lengthA, std::uint32_t lengthB) {
   return static_cast<short>((lengthA > lengthB) - (lengthA < lengthB));
@@ -60,8 +60,8 @@ short strCompareCi(const unsigned char* a, const unsigned char* b) {
 
 short strCompareWithMaxLength(const unsigned char* a, const unsigned char* b,
                               std::uint32_t maxLength) {
-  return threeWay(std::strncmp(reinterpret_cast<const char*>(a), reinterpret_cast<const char*>(b),
-                               maxLength));
+  return threeWay(
+      std::strncmp(reinterpret_cast<const char*>(a), reinterpret_cast<const char*>(b), maxLength));
 }
 
 short strComparePad(const unsigned char* a, const unsigned char* b) {

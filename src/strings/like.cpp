@@ -178,9 +178,8 @@ unsigned int strLike(const unsigned char* text, std::uint32_t textLength,
   return matcher.run();
 }
 
-unsigned int strLike(const unsigned char* text, const unsigned char* pattern,
-                     unsigned char anyMany, unsigned char anyOne, unsigned char escape,
-                     std::uint32_t exactCase) {
+unsigned int strLike(const unsigned char* text, const unsigned char* pattern, unsigned char anyMany,
+                     unsigned char anyOne, unsigned char escape, std::uint32_t exactCase) {
   return strLike(text, BUTSTLEN(text), pattern, BUTSTLEN(pattern), anyMany, anyOne, escape,
                  exactCase);
 }

@@ -54,29 +54,30 @@ TEST(BytePrimitives, CountsWrapAtSixteenBits) {
   EXPECT_EQ(a, b);
 }
 
-// What a byte loop in each direction leaves, overlap included.
-void loopUp(unsigned char* d, const unsigned char* s, size_t n) {
-  for (size_t i = 0; i < n; ++i) d[i] = s[i];
-}
-void loopDown(unsigned char* d, const unsigned char* s, size_t n) {
-  for (size_t i = n; i-- > 0;) d[i] = s[i];
-}
-
+// Each copy against the byte loop it stands for, with the destination
+// below, on and above the source.
 TEST(BytePrimitives, OverlappingCopiesKeepTheirByteOrder) {
-  for (size_t count : {0u, 1u, 3u, 17u, 64u, 1000u}) {
-    for (int shift = -40; shift <= 40; ++shift) {
-      std::vector<unsigned char> mine(1200), want;
-      std::iota(mine.begin(), mine.end(), 0);
-      const std::vector<unsigned char> start = mine;
-      auto check = [&](auto copy, auto loop, const char* name) {
-        mine = want = start;
+  using Copy = void (*)(unsigned char*, unsigned char*, size_t);
+  const Copy up = [](unsigned char* d, unsigned char* s, size_t n) {
+    for (size_t i = 0; i < n; ++i) d[i] = s[i];
+  };
+  const Copy down = [](unsigned char* d, unsigned char* s, size_t n) {
+    for (size_t i = n; i-- > 0;) d[i] = s[i];
+  };
+  const std::pair<Copy, Copy> copies[] = {
+      {[](unsigned char* d, unsigned char* s, size_t n) { BUTMEMCP(d, s, n); }, up},
+      {[](unsigned char* d, unsigned char* s, size_t n) { memCopyHuge(d, s, n); }, up},
+      {[](unsigned char* d, unsigned char* s, size_t n) { BUTMMCPD(d, s, n); }, down}};
+  for (const auto& [copy, loop] : copies) {
+    for (size_t count : {0u, 1u, 3u, 17u, 64u, 1000u}) {
+      for (int shift = -40; shift <= 40; ++shift) {
+        std::vector<unsigned char> mine(1200), want;
+        std::iota(mine.begin(), mine.end(), 0);
+        want = mine;
         copy(mine.data() + 60 + shift, mine.data() + 60, count);
         loop(want.data() + 60 + shift, want.data() + 60, count);
-        EXPECT_EQ(mine, want) << name << " count " << count << " shift " << shift;
-      };
-      check([](unsigned char* d, unsigned char* s, size_t n) { BUTMEMCP(d, s, n); }, loopUp, "BUTMEMCP");
-      check([](unsigned char* d, unsigned char* s, size_t n) { memCopyHuge(d, s, n); }, loopUp, "memCopyHuge");
-      check([](unsigned char* d, unsigned char* s, size_t n) { BUTMMCPD(d, s, n); }, loopDown, "BUTMMCPD");
+        ASSERT_EQ(mine, want) << "count " << count << " shift " << shift;
+      }
     }
   }
 }

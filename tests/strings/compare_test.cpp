@@ -61,8 +61,8 @@ TEST(TextCompare, StoredDoublesOrderAsNumbers) {
   const double tiny = std::numeric_limits<double>::denorm_min();
   const double nan = std::numeric_limits<double>::quiet_NaN();
   // Ascending; -0.0 below +0.0, NaNs outside the infinities by their sign.
-  const std::vector<double> ascending = {-nan, -inf, -1e300, -2.0, -1.0, -tiny, -0.0,
-                                         0.0,  tiny, 1.0,    2.0,  1e300, inf,  nan};
+  const std::vector<double> ascending = {-nan, -inf, -1e300, -2.0, -1.0,  -tiny, -0.0,
+                                         0.0,  tiny, 1.0,    2.0,  1e300, inf,   nan};
   for (size_t i = 0; i < ascending.size(); ++i) {
     for (size_t j = 0; j < ascending.size(); ++j) {
       const short want = (i > j) - (i < j);

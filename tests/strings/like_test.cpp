@@ -23,15 +23,15 @@ TEST(StrLike, Cases) {
     unsigned want;
   };
   const Case cases[] = {
-      {"", "%", 1},         {"", "", 1},          {"a", "", 0},         {"abc", "a%", 1},
-      {"abc", "%c", 1},     {"abc", "a_c", 1},    {"abc", "a_", 0},     {"abc", "abc%", 1},
-      {"abcabd", "%abd", 1}, {"abcabd", "%abc", 0}, {"ab", "a_%", 1},   {"a", "a_%", 0},
-      {"", "%%%", 1},       {"abc", "%%%", 1},    {"abc", "%_%_%_%", 1}, {"ab", "%_%_%_%", 0},
-      {"100%", "100\\%", 1}, {"100x", "100\\%", 0}, {"abc", "abc\\", 0}, {"abc", "%\\", 0},
-      {"", "\\", 0},        {"a_c", "a\\_c", 1},  {"abc", "a\\_c", 0},  {"a\\c", "a\\\\c", 1},
-      {"abc   ", "abc", 1}, {"abc", "abc   ", 1}, {" abc", "abc", 0},   {"   ", "", 1},
-      {"a b", "a%b", 1},    {"ab", "ab\\ ", 0},   // the escaped blank is trailing, so cut
-      {"ABC", "abc", 0},    {"aXbXc", "%b_c", 1}, {"xaab", "%aab", 1},  {"aaab", "%a_b", 1},
+      {"", "%", 1},          {"", "", 1},           {"a", "", 0},          {"abc", "a%", 1},
+      {"abc", "%c", 1},      {"abc", "a_c", 1},     {"abc", "a_", 0},      {"abc", "abc%", 1},
+      {"abcabd", "%abd", 1}, {"abcabd", "%abc", 0}, {"ab", "a_%", 1},      {"a", "a_%", 0},
+      {"", "%%%", 1},        {"abc", "%%%", 1},     {"abc", "%_%_%_%", 1}, {"ab", "%_%_%_%", 0},
+      {"100%", "100\\%", 1}, {"100x", "100\\%", 0}, {"abc", "abc\\", 0},   {"abc", "%\\", 0},
+      {"", "\\", 0},         {"a_c", "a\\_c", 1},   {"abc", "a\\_c", 0},   {"a\\c", "a\\\\c", 1},
+      {"abc   ", "abc", 1},  {"abc", "abc   ", 1},  {" abc", "abc", 0},    {"   ", "", 1},
+      {"a b", "a%b", 1},     {"ab", "ab\\ ", 0},  // the escaped blank is trailing, so cut
+      {"ABC", "abc", 0},     {"aXbXc", "%b_c", 1},  {"xaab", "%aab", 1},   {"aaab", "%a_b", 1},
   };
   for (const Case& c : cases) {
     EXPECT_EQ(like(c.text, c.pattern), c.want) << c.text << " LIKE " << c.pattern;
@@ -46,7 +46,9 @@ TEST(StrLike, Cases) {
 }
 
 TEST(StrLike, TerminatedTextsAreMeasuredInSixteenBits) {
-  const auto u = [](const std::string& s) { return reinterpret_cast<const unsigned char*>(s.c_str()); };
+  const auto u = [](const std::string& s) {
+    return reinterpret_cast<const unsigned char*>(s.c_str());
+  };
   const std::string full(65536, 'a'), oneMore(65537, 'a');
   EXPECT_EQ(strLike(u(full), u(""), '%', '_', '\\', 1), 1u);
   EXPECT_EQ(strLike(u(full), u("a%"), '%', '_', '\\', 1), 0u);
@@ -57,7 +59,8 @@ TEST(StrLike, TerminatedTextsAreMeasuredInSixteenBits) {
 
 TEST(StrLike, AgreesWithARecursiveMatcher) {
   std::mt19937 random(20240611);
-  const std::string alphabet = std::string("abAB \xE9\xC9\xFF\x9F%_\\*?", 14) + std::string(1, '\0');
+  const std::string alphabet =
+      std::string("abAB \xE9\xC9\xFF\x9F%_\\*?", 14) + std::string(1, '\0');
   const unsigned char wildcards[][3] = {{'%', '_', '\\'}, {'*', '?', '\\'}, {'%', '_', '%'},
                                         {'%', '_', 'a'},  {'%', '_', 0},    {'%', '%', '_'}};
   auto draw = [&](size_t most) {
