@@ -1,5 +1,6 @@
 #include "frame/thread.h"
 
+#include "frame/hold.h"
 #include "frame/statics.h"
 #include "frame/task.h"
 
@@ -8,14 +9,6 @@ namespace {
 ZuThreadInfo*& table() {
   return *reinterpret_cast<ZuThreadInfo**>(mdsGetPerTaskDataAddress(TASK_DATA_THREADS));
 }
-
-class TableLock {
- public:
-  TableLock() { threadListSemaphore.lock(); }
-  ~TableLock() { threadListSemaphore.unlock(); }
-  TableLock(const TableLock&) = delete;
-  TableLock& operator=(const TableLock&) = delete;
-};
 
 // With threadListSemaphore held: the table's cursor is shared.
 ZuThreadInfo* findRecord(std::uint32_t threadId) {
@@ -51,7 +44,7 @@ ZuThreadInfo::~ZuThreadInfo() = default;
 unsigned short mdsPerThreadInit() {
   const std::uint32_t id = bosGetThreadID();
   {
-    TableLock lock;
+    zu::Hold lock(threadListSemaphore);
     if (ZuThreadInfo* record = findRecord(id)) {
       ++record->useCount;
       return 1;
@@ -62,7 +55,7 @@ unsigned short mdsPerThreadInit() {
   // id, so none can appear meanwhile.
   auto* record = new ZuThreadInfo(id);
   if (record == nullptr) return 0;
-  TableLock lock;
+  zu::Hold lock(threadListSemaphore);
   ZuThreadInfo*& holder = table();
   if (holder == nullptr) {
     record->append(&record->link);
@@ -75,7 +68,7 @@ unsigned short mdsPerThreadInit() {
 
 void mdsPerThreadTerm() {
   const std::uint32_t id = bosGetThreadID();
-  TableLock lock;
+  zu::Hold lock(threadListSemaphore);
   ZuThreadInfo* record = findRecord(id);
   if (record == nullptr || --record->useCount > 0) return;
   removeRecord(record);
@@ -84,14 +77,14 @@ void mdsPerThreadTerm() {
 
 void* mdsGetPerThreadData(PerThreadData slot) {
   const std::uint32_t id = bosGetThreadID();
-  TableLock lock;
+  zu::Hold lock(threadListSemaphore);
   ZuThreadInfo* record = findRecord(id);
   return record != nullptr ? record->slots[slot] : nullptr;
 }
 
 void** mdsGetPerThreadDataAddress(PerThreadData slot) {
   const std::uint32_t id = bosGetThreadID();
-  TableLock lock;
+  zu::Hold lock(threadListSemaphore);
   ZuThreadInfo* record = findRecord(id);
   return record != nullptr ? &record->slots[slot] : nullptr;
 }
@@ -107,6 +100,6 @@ void mdsSetPerThreadData(PerThreadData slot, const void* value) {
 
 unsigned int mdsIsThreadInit() {
   const std::uint32_t id = bosGetThreadID();
-  TableLock lock;
+  zu::Hold lock(threadListSemaphore);
   return findRecord(id) != nullptr ? 1 : 0;
 }

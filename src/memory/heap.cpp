@@ -8,6 +8,7 @@
 #include <cstring>
 
 #include "errors/memory_failure.h"
+#include "frame/hold.h"
 #include "frame/statics.h"
 #include "frame/task.h"
 #include "memory/ram.h"
@@ -30,14 +31,6 @@ bool useIndex = true;
 RamSegment*& chainHead() {
   return *reinterpret_cast<RamSegment**>(mdsGetPerTaskDataAddress(TASK_DATA_RAM_HEAP));
 }
-
-class HeapLock {
- public:
-  HeapLock() { ramSemaphore.lock(); }
-  ~HeapLock() { ramSemaphore.unlock(); }
-  HeapLock(const HeapLock&) = delete;
-  HeapLock& operator=(const HeapLock&) = delete;
-};
 
 void refreshFit(RamSegment* s) {
   if (!useIndex) return;
@@ -199,7 +192,7 @@ void* pointerOf(RamSegment* s, std::uint32_t b) { return base(s) + b + kWord; }
 void* allocate(std::uint32_t n) {
   if (n > kMaxRequest) return nullptr;
   std::uint32_t need = blockNeed(n);
-  HeapLock lock;
+  zu::Hold lock(ramSemaphore);
   RamSegment* found = nullptr;
   std::uint32_t block = kNullOffset;
   if (useIndex) {
@@ -243,7 +236,7 @@ const SegmentIndex& index() { return segmentIndex; }
 bool indexEnabled() { return useIndex; }
 
 bool setIndexEnabled(bool on) {
-  HeapLock lock;
+  zu::Hold lock(ramSemaphore);
   if (chainHead() != nullptr) return on == useIndex;
   useIndex = on;
   return true;
@@ -282,7 +275,7 @@ unsigned char* ramAllocStr(const unsigned char* text, std::uint32_t length) {
 
 void ramFree(const void* block) {
   if (block == nullptr) return;
-  HeapLock lock;
+  zu::Hold lock(ramSemaphore);
   RamSegment* s = findSegment(block);
   assert(s != nullptr && "ramFree: pointer in no segment");
   std::uint32_t b = offsetOf(s, block);
@@ -311,7 +304,7 @@ ZuStatus ramResize(void** block, std::uint32_t size) {
   std::uint32_t need = blockNeed(size);
   std::uint32_t old;
   {
-    HeapLock lock;
+    zu::Hold lock(ramSemaphore);
     RamSegment* s = findSegment(*block);
     assert(s != nullptr && "ramResize: pointer in no segment");
     std::uint32_t b = offsetOf(s, *block);
