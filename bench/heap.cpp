@@ -56,8 +56,10 @@ void drain(std::vector<void*>& blocks) {
   for (void* p : blocks) Heap::release(p);
 }
 
-template <class Heap, bool kIndexed = true>
-void AllocFreePair(benchmark::State& state) {
+// Runs `step` on a random slot of a population of `state.range(0)` live
+// blocks, with the index on or off.
+template <class Heap, bool kIndexed, class Step>
+void churn(benchmark::State& state, Step step) {
   auto live = static_cast<std::size_t>(state.range(0));
   zu::heap::setIndexEnabled(kIndexed);
   Script script(live);
@@ -66,8 +68,7 @@ void AllocFreePair(benchmark::State& state) {
   for (auto _ : state) {
     std::size_t k = i++ & (kScript - 1);
     void*& slot = blocks[script.slots[k]];
-    Heap::release(slot);
-    slot = Heap::alloc(script.sizes[k]);
+    slot = step(slot, script.sizes[k]);
     benchmark::DoNotOptimize(slot);
   }
   drain<Heap>(blocks);
@@ -76,21 +77,16 @@ void AllocFreePair(benchmark::State& state) {
 }
 
 template <class Heap, bool kIndexed = true>
+void AllocFreePair(benchmark::State& state) {
+  churn<Heap, kIndexed>(state, [](void* old, std::uint32_t size) {
+    Heap::release(old);
+    return Heap::alloc(size);
+  });
+}
+
+template <class Heap, bool kIndexed = true>
 void Resize(benchmark::State& state) {
-  auto live = static_cast<std::size_t>(state.range(0));
-  zu::heap::setIndexEnabled(kIndexed);
-  Script script(live);
-  std::vector<void*> blocks = populate<Heap>(live, script);
-  std::size_t i = 0;
-  for (auto _ : state) {
-    std::size_t k = i++ & (kScript - 1);
-    void*& slot = blocks[script.slots[k]];
-    slot = Heap::resize(slot, script.sizes[k]);
-    benchmark::DoNotOptimize(slot);
-  }
-  drain<Heap>(blocks);
-  zu::heap::setIndexEnabled(true);
-  state.SetItemsProcessed(state.iterations());
+  churn<Heap, kIndexed>(state, [](void* old, std::uint32_t size) { return Heap::resize(old, size); });
 }
 
 void Populations(benchmark::internal::Benchmark* b) {
