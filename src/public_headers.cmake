@@ -17,4 +17,9 @@ set(ZU_PUBLIC_HEADERS
   strings/hex.h
   strings/substring.h
   strings/string.h
+  strings/param_string.h
+  strings/replace_string.h
+  errors/error.h
+  errors/error_list.h
+  errors/keeper.h
 )

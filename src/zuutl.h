@@ -18,5 +18,10 @@
 #include "strings/convert.h"
 #include "strings/hex.h"
 #include "strings/string.h"
+#include "strings/param_string.h"
+#include "strings/replace_string.h"
+#include "errors/error.h"
+#include "errors/error_list.h"
+#include "errors/keeper.h"
 
 #endif

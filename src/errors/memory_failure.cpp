@@ -1,9 +1,9 @@
 #include "errors/memory_failure.h"
 
+#include "errors/keeper.h"
+
 namespace zu {
 
-// Until the error lists exist there is nowhere to record to; the caller's
-// null or ZU_ERROR is the whole report.
-void recordMemoryFailure() {}
+void recordMemoryFailure() { ZuErrorKeeper::addMemoryError(); }
 
 }  // namespace zu

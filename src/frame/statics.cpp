@@ -3,6 +3,7 @@
 // unit in definition order and destroys them in reverse.
 #include "frame/statics.h"
 
+#include "errors/static_records.h"
 #include "platform/platform.h"
 
 void* moduleHandle = nullptr;
@@ -28,7 +29,11 @@ EntryAtLoad entryAtLoad;
 // Step 1: the pool, then the first semaphore, which configures the pool.
 ZuSemaphoreInfo semaphorePool;
 ZuSemaphore threadListSemaphore;
-// Step 2: the error records join here.
+// Step 2: the shared error records.
+namespace zu {
+StaticError memoryError(kOutOfMemory, ZuError::kMemoryError);
+StaticError nullError(0, ZuError::kNullError);
+}  // namespace zu
 // Step 3.
 ZuSemaphore bvmSemaphore;
 // Step 4: last, so a limit of one or two system semaphores leaves it a spin lock.

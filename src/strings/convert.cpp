@@ -3,7 +3,9 @@
 // past its count.
 #include <cstdint>
 
+#include "errors/message.h"
 #include "strings/convert.h"
+#include "strings/substring.h"
 #include "strings/string_messages.h"
 
 namespace {
@@ -45,25 +47,36 @@ struct Reader {
 
   bool done() const { return at == end || *at == 0; }
   unsigned char peek() const { return done() ? 0 : *at; }
+  // The text from `from` to its end, for a message.
+  ZuSubString restFrom(const unsigned char* from) const {
+    const unsigned char* stop = from;
+    while (stop != end && *stop != 0) ++stop;
+    return ZuSubString(from, static_cast<std::uint32_t>(stop - from));
+  }
 };
+
+ZuStatus refuse(unsigned short id, const ZuSubString& quoted) {
+  addMessageError(id) << quoted;
+  return ZU_ERROR;
+}
 
 // The u32 form on a reader; everything else is built on it.
 ZuStatus readUnsigned(Reader text, std::uint32_t* value) {
   while (!text.done() && (isWhite(*text.at) || *text.at == '+')) ++text.at;
   // What a refusal quotes: from here to the end of the text.
-  [[maybe_unused]] const unsigned char* quoted = text.at;
+  const unsigned char* quoted = text.at;
   std::uint32_t accumulator = 0;
   while (!text.done() && isDigit(*text.at)) {
     const unsigned char digit = *text.at;
     if (accumulator > kLastSafeAccumulator ||
         (accumulator == kLastSafeAccumulator && digit > kLargestLastDigit)) {
-      return ZU_ERROR;  // records: kNumberTooLarge, %s1 = `quoted`
+      return refuse(zu::msg::kNumberTooLarge, text.restFrom(quoted));
     }
     accumulator = accumulator * kDecimalBase + static_cast<std::uint32_t>(digit - '0');
     ++text.at;
   }
   while (!text.done() && isWhite(*text.at)) ++text.at;
-  if (!text.done()) return ZU_ERROR;  // records: kNumberInvalid, %s1 = `quoted`
+  if (!text.done()) return refuse(zu::msg::kNumberInvalid, text.restFrom(quoted));
   *value = accumulator;
   return ZU_OK;
 }
@@ -72,10 +85,11 @@ ZuStatus readSigned(Reader text, std::int32_t* value) {
   while (!text.done() && isWhite(*text.at)) ++text.at;
   const bool negative = text.peek() == '-';
   if (negative) ++text.at;
+  const unsigned char* afterSign = text.at;
   std::uint32_t magnitude = 0;
   if (readUnsigned(text, &magnitude) != ZU_OK) return ZU_ERROR;
   if ((magnitude & kSignBit) != 0 && !(negative && magnitude == kLowestMagnitude)) {
-    return ZU_ERROR;  // records: kNumberTooLarge, %s1 = text after the sign (`text.at`)
+    return refuse(zu::msg::kNumberTooLarge, text.restFrom(afterSign));
   }
   // Negation modulo 2^32 gives the lowest value its own bits.
   *value = static_cast<std::int32_t>(negative ? 0u - magnitude : magnitude);
@@ -86,7 +100,7 @@ template <typename Narrow>
 ZuStatus readNarrowUnsigned(Reader text, Narrow* value, std::uint32_t largest) {
   std::uint32_t wide = 0;
   if (readUnsigned(text, &wide) != ZU_OK) return ZU_ERROR;
-  if (wide > largest) return ZU_ERROR;  // records: kNumberTooLarge, %s1 = the whole text
+  if (wide > largest) return refuse(zu::msg::kNumberTooLarge, text.restFrom(text.at));
   *value = static_cast<Narrow>(wide);
   return ZU_OK;
 }
@@ -96,7 +110,7 @@ ZuStatus readNarrowSigned(Reader text, Narrow* value, std::int32_t lowest, std::
   std::int32_t wide = 0;
   if (readSigned(text, &wide) != ZU_OK) return ZU_ERROR;
   if (wide < lowest || wide > highest) {
-    return ZU_ERROR;  // records: kNumberTooLarge, %s1 = the whole text
+    return refuse(zu::msg::kNumberTooLarge, text.restFrom(text.at));
   }
   *value = static_cast<Narrow>(wide);
   return ZU_OK;

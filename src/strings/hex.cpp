@@ -1,4 +1,5 @@
 // Hexadecimal digits of numbers and bytes, and their decoding.
+#include "errors/message.h"
 #include "strings/hex.h"
 #include "strings/string_messages.h"
 
@@ -59,7 +60,10 @@ ZuStatus dehexify(unsigned char* dst, const unsigned char* src, std::uint32_t co
   bool high = true;
   for (std::uint32_t i = 0; i < count; ++i) {
     const int nibble = nibbleOf(src[i]);
-    if (nibble < 0) return ZU_ERROR;  // records: kHexInvalid
+    if (nibble < 0) {
+      addMessageError(zu::msg::kHexInvalid);
+      return ZU_ERROR;
+    }
     if (high) {
       *dst = static_cast<unsigned char>(nibble << kNibbleBits);
     } else {

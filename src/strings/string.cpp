@@ -3,6 +3,7 @@
 // reallocation per append.
 #include <cstdint>
 
+#include "errors/message.h"
 #include "memory/ram.h"
 #include "strings/bytes.h"
 #include "strings/convert.h"
@@ -119,7 +120,8 @@ ZuStatus ZuString::ensureRoom(std::uint32_t n) {
 
 ZuStatus ZuString::resize(std::uint32_t size) {
   if (size > kMaxBuffer || ownsBuffer == 0) {
-    return ZU_ERROR;  // records: kStringTooLarge
+    addMessageError(zu::msg::kStringTooLarge);
+    return ZU_ERROR;
   }
   if (bytes == nullptr) {
     void* buffer = ramAlloc(size);
@@ -140,7 +142,8 @@ unsigned char* ZuString::getCString(std::uint32_t offset) {
     length = 0;
     if (ensureRoom(0) != ZU_OK) return nullptr;
   }
-  bytes[length] = 0;
+  // Written only when missing, so a shared empty text is never written to.
+  if (bytes[length] != 0) bytes[length] = 0;
   return bytes + offset;
 }
 
