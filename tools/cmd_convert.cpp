@@ -17,6 +17,7 @@
 #include <zuutl.h>
 
 #include "command.h"
+#include "error_scope.h"
 
 namespace zutool {
 namespace {
@@ -77,9 +78,8 @@ ZuStatus readNumber(Type type, const std::string& text, long long* value) {
   return status;
 }
 
-int refused(const std::string& text, const std::string& type) {
-  std::fprintf(stderr, "zu convert: \"%s\" is refused as %s (too large, or not a number)\n",
-               text.c_str(), type.c_str());
+int refused(ErrorScope& errors) {
+  std::fprintf(stderr, "zu convert: %s\n", errors.take().c_str());
   return kExitNo;
 }
 
@@ -90,6 +90,7 @@ bool readWidth(const std::string& text, unsigned short* width) {
 
 int runConvert(const std::vector<std::string>& args) {
   if (args.size() < 3) return usageError("convert needs FROM VALUE TO");
+  ErrorScope errors;
   const std::string& from = args[0];
   const std::string& value = args[1];
   const std::string& to = args[2];
@@ -110,13 +111,13 @@ int runConvert(const std::vector<std::string>& args) {
     }
     if (!extra.empty()) return usageError("too many arguments");
     long long number = 0;
-    if (readNumber(toType, value, &number) != ZU_OK) return refused(value, to);
+    if (readNumber(toType, value, &number) != ZU_OK) return refused(errors);
     std::printf("%lld\n", number);
     return kExitOk;
   }
 
   long long number = 0;
-  if (readNumber(fromType, value, &number) != ZU_OK) return refused(value, from);
+  if (readNumber(fromType, value, &number) != ZU_OK) return refused(errors);
   // The 32-bit pattern of the value: what the library's number forms take.
   const auto pattern = static_cast<std::uint32_t>(number);
 
@@ -162,11 +163,12 @@ int runConvert(const std::vector<std::string>& args) {
 
 // The tour's stop for conversions and strings.
 
-void showText(const char* text, const char* type, ZuStatus status, long long value) {
+void showText(const char* text, const char* type, ZuStatus status, long long value,
+              ErrorScope& errors) {
   if (status == ZU_OK) {
     std::printf("  \"%s\" to %s: %lld\n", text, type, value);
   } else {
-    std::printf("  \"%s\" to %s: refused\n", text, type);
+    std::printf("  \"%s\" to %s: refused: %s\n", text, type, errors.take().c_str());
   }
 }
 
@@ -188,8 +190,7 @@ void showLines(const char* label, ZuString& s) {
   std::printf("    |%s|\n", at);
 }
 
-void demoConvert() {
-  mdsPerTaskInit();
+void tourConvert(ErrorScope& errors) {
   std::printf("== Numbers, hexadecimal and strings\n");
   unsigned char buffer[kDecimalRoom + 4];
   convert(buffer, 4294967295u);
@@ -204,12 +205,12 @@ void demoConvert() {
   for (const char* text : {"  12  ", "+ +5", "4294967295", "4294967296", "12a", "-1"}) {
     std::uint32_t v = 0;
     const ZuStatus status = convert(bytes(text), &v);
-    showText(text, "u32", status, v);
+    showText(text, "u32", status, v, errors);
   }
   for (const char* text : {"-2147483648", "- 5", "2147483648"}) {
     std::int32_t v = 0;
     const ZuStatus status = convert(bytes(text), &v);
-    showText(text, "i32", status, v);
+    showText(text, "i32", status, v, errors);
   }
   std::uint32_t digits = hexify(buffer, 255u, 4);
   std::printf("  hexify(dst, 255, 4): %s, %u digits\n", chars(buffer), static_cast<unsigned>(digits));
@@ -220,7 +221,9 @@ void demoConvert() {
   const ZuStatus odd = dehexify(decoded, bytes("ABC"), 3);
   std::printf("  dehexify(\"ABC\", 3): %s, bytes %02X %02X\n", odd == ZU_OK ? "ok" : "refused",
               decoded[0], decoded[1]);
-  std::printf("  dehexify(\"G1\", 2): %s\n", dehexify(decoded, bytes("G1"), 2) == ZU_OK ? "ok" : "refused");
+  if (dehexify(decoded, bytes("G1"), 2) != ZU_OK) {
+    std::printf("  dehexify(\"G1\", 2): refused: %s\n", errors.take().c_str());
+  }
   std::printf("  isTrueStr: TRUE %u, ON %u, yes %u, 0 %u\n", isTrueStr(bytes("TRUE")),
               isTrueStr(bytes("ON")), isTrueStr(bytes("yes")), isTrueStr(bytes("0")));
 
@@ -248,6 +251,15 @@ void demoConvert() {
     std::printf("  grown to capacity %u: %s; one byte more: %s, length still %u\n",
                 static_cast<unsigned>(s.capacity), full == ZU_OK ? "ok" : "refused",
                 over == ZU_OK ? "ok" : "refused", static_cast<unsigned>(s.length));
+    std::printf("    %s\n", errors.take().c_str());
+  }
+}
+
+void demoConvert() {
+  mdsPerTaskInit();
+  {
+    ErrorScope errors;
+    tourConvert(errors);
   }
   mdsPerTaskTerm();
 }

@@ -9,6 +9,7 @@
 #include <zuutl.h>
 
 #include "command.h"
+#include "error_scope.h"
 
 namespace zutool {
 namespace {
@@ -17,10 +18,10 @@ int runUnhex(const std::vector<std::string>& args) {
   if (args.size() != 1) return usageError("unhex needs one HEX text");
   const std::string& digits = args[0];
   std::vector<unsigned char> bytes(digits.size() / 2 + 1);
+  ErrorScope errors;
   if (dehexify(bytes.data(), reinterpret_cast<const unsigned char*>(digits.data()),
                static_cast<std::uint32_t>(digits.size())) != ZU_OK) {
-    std::fprintf(stderr, "zu unhex: '%s' holds a byte that is no hexadecimal digit\n",
-                 digits.c_str());
+    std::fprintf(stderr, "zu unhex: %s\n", errors.take().c_str());
     return kExitNo;
   }
   std::fwrite(bytes.data(), 1, (digits.size() + 1) / 2, stdout);
