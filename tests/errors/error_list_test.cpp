@@ -163,10 +163,14 @@ TEST_F(ErrorListTest, CatalogueRowsTakeTheirParameters) {
   EXPECT_EQ(text(list.getLastError()), "File not found ''.");
   addMessageError(30042) << u("old") << u("new") << u("too many");
   EXPECT_EQ(text(list.getLastError()), "Cannot rename 'old' to 'new'.");
+  // A parameter may carry the text far past the row buffer's 512 bytes.
+  const std::string longName(1000, 'n');
+  addMessageError(2701) << u(longName.c_str());
+  EXPECT_EQ(text(list.getLastError()), "Number too large: " + longName);
   addMessageError(4242) << u("anything");
   EXPECT_EQ(ZuErrorKeeper::getLastErrorNumber(), 4242);
   EXPECT_EQ(text(list.getLastError()), "");
-  EXPECT_EQ(list.nodeCount, 5u);
+  EXPECT_EQ(list.nodeCount, 6u);
 }
 
 TEST_F(ErrorListTest, StringRefusalsLeaveTheirRecords) {

@@ -41,6 +41,8 @@ TEST(ZuParamString, FillsMarkersInOrderOfSetting) {
             "[][]");
   // A view is taken by its length, NULs and all.
   EXPECT_EQ(filled("<%s1>", ZuSubString(u("abcdef"), 3)), "<abc>");
+  // A marker never set stays as it is.
+  EXPECT_EQ(filled("%s1 and %s2", u("one")), "one and %s2");
   // A lone percent is text.
   EXPECT_EQ(filled("100% %s1 %", u("sure")), "100% sure %");
 }
@@ -159,6 +161,22 @@ TEST(ZuReplaceString, SourceInsideTheMovingInputIsFollowed) {
     ASSERT_EQ(r.addBytes(s.bytes, 2), ZU_OK);
   }
   EXPECT_EQ(str(s), input.substr(520, 3) + input + input.substr(520, 2));
+}
+
+TEST(ZuReplaceString, InsertionsPastTheSlackWidenAgain) {
+  ZuString s;
+  ASSERT_EQ(s.initialize(u("<>")), ZU_OK);
+  const std::string big(700, 'b');
+  {
+    ZuReplaceString r(&s);
+    r.passBytes(1);
+    ASSERT_EQ(r.addBytes(u(big.c_str()), 700), ZU_OK);  // more than the slack at once
+    EXPECT_EQ(r.readOffset - r.writeOffset, 512u);
+    for (int i = 0; i < 600; ++i) ASSERT_EQ(r.addByte('c'), ZU_OK);  // and bit by bit
+    r.passBytes(1);
+  }
+  EXPECT_EQ(str(s), "<" + big + std::string(600, 'c') + ">");
+  EXPECT_EQ(s.capacity, s.length + 1);
 }
 
 TEST(ZuReplaceString, QuotesBytesEvenFromItsOwnInput) {
