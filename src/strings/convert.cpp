@@ -7,12 +7,13 @@
 #include "strings/convert.h"
 #include "strings/substring.h"
 #include "strings/string_messages.h"
+#include "strings/text_rules.h"
 
 namespace {
 
-constexpr unsigned char kBlank = ' ';
-constexpr unsigned char kTab = '\t';
-constexpr unsigned char kCarriageReturn = '\r';
+using zu::bytes::isDigit;
+using zu::bytes::isWhiteSpace;
+using zu::bytes::kBlank;
 
 // The most digits a 32-bit value has, and the most bytes a signed one takes.
 constexpr int kMaxDigits = 10;
@@ -37,8 +38,6 @@ constexpr std::int32_t kCharMax = 127;
 using FieldQuotient = std::uint16_t;
 constexpr unsigned char kOverflowMark = '*';
 
-bool isWhite(unsigned char c) { return c == kBlank || (c >= kTab && c <= kCarriageReturn); }
-bool isDigit(unsigned char c) { return c >= '0' && c <= '9'; }
 
 // A text that ends at its NUL, or at `end` when that is not null.
 struct Reader {
@@ -62,7 +61,7 @@ ZuStatus refuse(unsigned short id, const ZuSubString& quoted) {
 
 // The u32 form on a reader; everything else is built on it.
 ZuStatus readUnsigned(Reader text, std::uint32_t* value) {
-  while (!text.done() && (isWhite(*text.at) || *text.at == '+')) ++text.at;
+  while (!text.done() && (isWhiteSpace(*text.at) || *text.at == '+')) ++text.at;
   // What a refusal quotes: from here to the end of the text.
   const unsigned char* quoted = text.at;
   std::uint32_t accumulator = 0;
@@ -75,14 +74,14 @@ ZuStatus readUnsigned(Reader text, std::uint32_t* value) {
     accumulator = accumulator * kDecimalBase + static_cast<std::uint32_t>(digit - '0');
     ++text.at;
   }
-  while (!text.done() && isWhite(*text.at)) ++text.at;
+  while (!text.done() && isWhiteSpace(*text.at)) ++text.at;
   if (!text.done()) return refuse(zu::msg::kNumberInvalid, text.restFrom(quoted));
   *value = accumulator;
   return ZU_OK;
 }
 
 ZuStatus readSigned(Reader text, std::int32_t* value) {
-  while (!text.done() && isWhite(*text.at)) ++text.at;
+  while (!text.done() && isWhiteSpace(*text.at)) ++text.at;
   const bool negative = text.peek() == '-';
   if (negative) ++text.at;
   const unsigned char* afterSign = text.at;

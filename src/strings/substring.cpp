@@ -6,6 +6,7 @@
 #include "strings/compare.h"
 #include "strings/string.h"
 #include "strings/substring.h"
+#include "strings/text_rules.h"
 
 namespace {
 
@@ -15,8 +16,6 @@ constexpr unsigned char kCaseShift = 'a' - 'A';
 // Only a value that fits a byte can equal one.
 constexpr unsigned short kLargestByte = 0xFF;
 constexpr unsigned char kSingleQuote = '\'';
-
-bool isWhite(unsigned char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 
 }  // namespace
 
@@ -86,7 +85,7 @@ unsigned short ZuSubString::indexInSetCi(const unsigned char** set, unsigned sho
 }
 
 void ZuSubString::rightBlankTrim() {
-  while (length != 0 && isWhite(bytes[length - 1])) --length;
+  while (length != 0 && zu::bytes::isWhiteSpace(bytes[length - 1])) --length;
 }
 
 ZuStatus ZuSubString::copyQuotedStr(ZuString* target) const {
