@@ -22,4 +22,5 @@ set(ZU_PUBLIC_HEADERS
   errors/error.h
   errors/error_list.h
   errors/keeper.h
+  parsing/scanner.h
 )

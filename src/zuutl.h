@@ -23,5 +23,6 @@
 #include "errors/error.h"
 #include "errors/error_list.h"
 #include "errors/keeper.h"
+#include "parsing/scanner.h"
 
 #endif
