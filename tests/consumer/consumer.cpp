@@ -20,6 +20,14 @@ int main() {
   lock.lock();
   lock.unlock();
   ramFree(block);
+  {
+    ZuScanner scanner(reinterpret_cast<const unsigned char*>("a<=b"));
+    scanner.parenBlocks = 1;
+    ZuToken token;
+    scanner.getToken(token, ZU_SEARCH_NORMAL);
+    scanner.getToken(token, ZU_SEARCH_NORMAL);
+    if (token.getType() != '<' * 256u + '=' || token.getOffset() != 1) return 5;
+  }
   delete c;
   if (mdsGetPerTaskData(TASK_DATA_RAM_HEAP) != nullptr) return 4;
   mdsPerTaskTerm();
