@@ -11,6 +11,12 @@ namespace {
 
 using namespace zu::scan;
 
+// A rewrite may move the owner's buffer.
+void refreshFromOwner(ZuScanner& scanner) {
+  scanner.scanBytes = scanner.owner != nullptr ? scanner.owner->bytes : nullptr;
+  scanner.scanLength = scanner.owner != nullptr ? scanner.owner->length : 0;
+}
+
 // A cursor over the scan text.
 struct Reader {
   const unsigned char* text;
@@ -191,13 +197,9 @@ void ZuScanner::setScanString(const unsigned char* text, std::uint32_t length) {
 void ZuScanner::setScanString(ZuString* text) {
   owner = text;
   position = 0;
-  refreshFromOwner();
+  refreshFromOwner(*this);
 }
 
-void ZuScanner::refreshFromOwner() {
-  scanBytes = owner != nullptr ? owner->bytes : nullptr;
-  scanLength = owner != nullptr ? owner->length : 0;
-}
 
 void ZuScanner::getToken(ZuToken& token, std::uint32_t offset, std::uint32_t length) {
   place(token, scanBytes, offset, length, ZU_TOKEN_NONE);
@@ -293,7 +295,7 @@ ZuStatus ZuScanner::changeToken(const ZuToken* token, const ZuSubString& text) {
   if (owner->changeBytes(token->offset, token->length, replacement, text.length) != ZU_OK) {
     return ZU_ERROR;
   }
-  refreshFromOwner();
+  refreshFromOwner(*this);
   position += text.length - token->length;
   return ZU_OK;
 }
@@ -302,7 +304,7 @@ ZuStatus ZuScanner::insertToken(ZuToken* token, const ZuSubString& text) {
   if (text.length == 0) return ZU_OK;
   if (owner == nullptr) return ZU_ERROR;
   if (owner->changeBytes(token->offset, 0, text.bytes, text.length) != ZU_OK) return ZU_ERROR;
-  refreshFromOwner();
+  refreshFromOwner(*this);
   position += text.length;
   token->offset += text.length;
   token->bytes = owner->bytes + token->offset;

@@ -141,13 +141,6 @@ class ZU_API ZuScanner : public ZuObject {
   unsigned short blockClose = 0;
   // -- up to the line end and /* ... */ are read as comment tokens.
   std::uint32_t comments = 0;
-
- private:
-  unsigned int matchPhrase(ZuToken& token, const unsigned char* words, bool foldCase);
-  unsigned int matchAnyPhrase(ZuToken& token, const unsigned char* set, bool foldCase);
-  unsigned int findPhrase(const unsigned char* words, bool foldCase);
-  // A rewrite may move the owner's buffer.
-  void refreshFromOwner();
 };
 
 #endif

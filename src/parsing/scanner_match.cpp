@@ -5,8 +5,12 @@
 
 using zu::bytes::kBlank;
 
-unsigned int ZuScanner::matchPhrase(ZuToken& token, const unsigned char* words, bool foldCase) {
+namespace {
+
+unsigned int matchPhrase(ZuScanner& scanner, ZuToken& token, const unsigned char* words,
+                         bool foldCase) {
   if (words == nullptr) return 0;
+  std::uint32_t& position = scanner.position;
   const std::uint32_t noted = position;
   ZuToken next;
   const ZuToken* current = &token;
@@ -26,45 +30,48 @@ unsigned int ZuScanner::matchPhrase(ZuToken& token, const unsigned char* words, 
       return 1;
     }
     word = stop + 1;
-    getToken(next, ZU_SEARCH_NORMAL);
+    scanner.getToken(next, ZU_SEARCH_NORMAL);
     current = &next;
   }
 }
 
-unsigned int ZuScanner::matchAnyPhrase(ZuToken& token, const unsigned char* set, bool foldCase) {
+unsigned int matchAnyPhrase(ZuScanner& scanner, ZuToken& token, const unsigned char* set,
+                            bool foldCase) {
   if (set == nullptr) return 0;
   for (const unsigned char* phrase = set; *phrase != 0;) {
-    if (matchPhrase(token, phrase, foldCase) != 0) return 1;
+    if (matchPhrase(scanner, token, phrase, foldCase) != 0) return 1;
     while (*phrase != 0) ++phrase;
     ++phrase;
   }
   return 0;
 }
 
-unsigned int ZuScanner::findPhrase(const unsigned char* words, bool foldCase) {
+unsigned int findPhrase(ZuScanner& scanner, const unsigned char* words, bool foldCase) {
   ZuToken token;
   for (;;) {
-    getToken(token, ZU_SEARCH_NORMAL);
+    scanner.getToken(token, ZU_SEARCH_NORMAL);
     if (token.type == ZU_TOKEN_END) return 0;
-    if (matchPhrase(token, words, foldCase) != 0) return 1;
+    if (matchPhrase(scanner, token, words, foldCase) != 0) return 1;
   }
 }
 
+}  // namespace
+
 unsigned int ZuScanner::isEqual(ZuToken& token, const unsigned char* words) {
-  return matchPhrase(token, words, false);
+  return matchPhrase(*this, token, words, false);
 }
 unsigned int ZuScanner::isEqualCi(ZuToken& token, const unsigned char* words) {
-  return matchPhrase(token, words, true);
+  return matchPhrase(*this, token, words, true);
 }
 unsigned int ZuScanner::isInSet(ZuToken& token, const unsigned char* set) {
-  return matchAnyPhrase(token, set, false);
+  return matchAnyPhrase(*this, token, set, false);
 }
 unsigned int ZuScanner::isInSetCi(ZuToken& token, const unsigned char* set) {
-  return matchAnyPhrase(token, set, true);
+  return matchAnyPhrase(*this, token, set, true);
 }
 unsigned int ZuScanner::isTokenWithin(const unsigned char* words) {
-  return findPhrase(words, false);
+  return findPhrase(*this, words, false);
 }
 unsigned int ZuScanner::isTokenWithinCi(const unsigned char* words) {
-  return findPhrase(words, true);
+  return findPhrase(*this, words, true);
 }
