@@ -10,6 +10,8 @@ set(ZU_PUBLIC_HEADERS
   frame/semaphore.h
   memory/ram.h
   containers/list.h
+  containers/array.h
+  containers/set.h
   strings/bytes.h
   strings/compare.h
   strings/like.h

@@ -23,5 +23,7 @@
 #include "errors/error.h"
 #include "errors/error_list.h"
 #include "errors/keeper.h"
+#include "containers/array.h"
+#include "containers/set.h"
 
 #endif
