@@ -12,6 +12,8 @@ set(ZU_PUBLIC_HEADERS
   containers/list.h
   containers/array.h
   containers/set.h
+  containers/association.h
+  containers/dictionary.h
   strings/bytes.h
   strings/compare.h
   strings/like.h

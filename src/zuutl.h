@@ -25,5 +25,7 @@
 #include "errors/keeper.h"
 #include "containers/array.h"
 #include "containers/set.h"
+#include "containers/association.h"
+#include "containers/dictionary.h"
 
 #endif

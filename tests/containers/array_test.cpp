@@ -25,6 +25,9 @@ ZuStatus fillTo(ZuArray& a, std::uint32_t count) {
   return ZU_OK;
 }
 
+// Enough growth to need several system blocks.
+constexpr std::uint32_t kSweptEntries = 4000;
+
 std::uint32_t slotBytes(std::uint32_t slots) { return slots * sizeof(ZuObject*); }
 
 TEST_F(Array, GrowsBySixteenUpToTheLimitAndNoFurther) {
@@ -133,12 +136,12 @@ TEST_F(Array, NumbersAndBlocks) {
   EXPECT_EQ(zutest::blocksInUse(), before + 1);  // the slots alone
 }
 
-TEST(ArrayOutOfMemory, GrowthToTheLimit) {
+TEST(ArrayOutOfMemory, Growth) {
   zutest::SweepReport report;
   EXPECT_TRUE(zutest::sweepOutOfMemory(
       [] {
         ZuArray a;
-        const ZuStatus result = fillTo(a, kLimit);
+        const ZuStatus result = fillTo(a, kSweptEntries);
         // A refused growth leaves every entry where it was.
         for (std::uint32_t i = 0; i < a.count; ++i) {
           if (untag(a.at(i)) != i + 1) {
@@ -149,7 +152,7 @@ TEST(ArrayOutOfMemory, GrowthToTheLimit) {
         return result == ZU_OK;
       },
       &report));
-  EXPECT_GT(report.failures, 0u);
+  EXPECT_GT(report.failures, 2u) << report.runs;
 }
 
 }  // namespace
