@@ -14,6 +14,7 @@ set(ZU_PUBLIC_HEADERS
   containers/set.h
   containers/association.h
   containers/dictionary.h
+  containers/bit_array.h
   strings/bytes.h
   strings/compare.h
   strings/like.h

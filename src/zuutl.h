@@ -27,5 +27,6 @@
 #include "containers/set.h"
 #include "containers/association.h"
 #include "containers/dictionary.h"
+#include "containers/bit_array.h"
 
 #endif
