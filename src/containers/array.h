@@ -24,6 +24,8 @@ class ZU_API ZuArray : public ZuObject {
  public:
   ZuArray();
   ~ZuArray() override;  // frees the slots, not what they point to
+  ZuArray(const ZuArray&) = delete;  // one owner per block of slots
+  ZuArray& operator=(const ZuArray&) = delete;
 
   // For a new, empty array: `size` zeroed slots, past the growth limit if
   // asked. On failure the array has no storage.

@@ -17,6 +17,8 @@ class ZU_API ZuBitArray : public ZuObject {
  public:
   ZuBitArray() : bits(nullptr), bitCount(0) {}
   ~ZuBitArray() override;
+  ZuBitArray(const ZuBitArray&) = delete;  // one owner per block of bits
+  ZuBitArray& operator=(const ZuBitArray&) = delete;
 
   // All bits clear. On failure the memory error stands and the array is
   // without storage.

@@ -32,8 +32,9 @@ ZuStatus addNew(ZuDictionary& d, ZuAssociation* made) {
     delete made;
     return ZU_ERROR;
   }
-  ZuAssociation* displaced = assocInSlot(d, zu::findSlot(d, made));
-  if (d.addEntry(made) != ZU_OK) {
+  const unsigned short slot = zu::findSlot(d, made);
+  ZuAssociation* displaced = assocInSlot(d, slot);
+  if (zu::storeInSlot(d, made, slot) != ZU_OK) {
     delete made;
     return ZU_ERROR;
   }

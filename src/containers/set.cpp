@@ -97,22 +97,25 @@ ZuStatus ZuSet::addEntry(void* entry) {
   if (entry == nullptr) return ZU_OK;  // would read as an empty slot
   // Used before initialize: sized as for no entries rather than divided by 0.
   if (tableSize == 0 && initialize(0) != ZU_OK) return ZU_ERROR;
-  const unsigned short slot = zu::findSlot(*this, entry);
-  ZuObject** place = table.slotAt(slot);
+  return zu::storeInSlot(*this, entry, zu::findSlot(*this, entry));
+}
+
+ZuStatus zu::storeInSlot(ZuSet& set, void* entry, unsigned short slot) {
+  ZuObject** place = set.table.slotAt(slot);
   const bool replacing = *place != nullptr;
   *place = static_cast<ZuObject*>(entry);
   if (replacing) return ZU_OK;
 
-  const std::uint32_t limit = threshold(*this);
-  ++entryCount;
-  if (entryCount > limit) {
-    const auto grown = static_cast<unsigned short>(limit + growPercent * limit / kPercent + 1);
-    if (rehash(*this, sizeForEntries(*this, grown)) != ZU_OK) {
+  const std::uint32_t limit = threshold(set);
+  ++set.entryCount;
+  if (set.entryCount > limit) {
+    const auto grown = static_cast<unsigned short>(limit + set.growPercent * limit / kPercent + 1);
+    if (rehash(set, sizeForEntries(set, grown)) != ZU_OK) {
       *place = nullptr;
-      --entryCount;
+      --set.entryCount;
       return ZU_ERROR;
     }
   }
-  if (entryCount > highWater) highWater = entryCount;
+  if (set.entryCount > set.highWater) set.highWater = set.entryCount;
   return ZU_OK;
 }

@@ -19,6 +19,10 @@ inline unsigned short nextProbe(const ZuSet& set, unsigned short slot) {
 // the probe ended. The set must be sized.
 unsigned short findSlot(ZuSet& set, void* entry);
 
+// addEntry with the slot already found by findSlot, so a caller that looked
+// first does not probe twice.
+ZuStatus storeInSlot(ZuSet& set, void* entry, unsigned short slot);
+
 }  // namespace zu
 
 #endif
