@@ -1,6 +1,6 @@
 // Growth by 16 up to exactly 16000, the refusal after it, arrays sized past
 // the limit (up to the 16-bit count), what insertion and removal leave, the
-// number and block subclasses, and growth with each system block refused.
+// delete operations, and growth with each system block refused.
 #include <gtest/gtest.h>
 
 #include "containers/array.h"
@@ -25,36 +25,27 @@ ZuStatus fillTo(ZuArray& a, std::uint32_t count) {
   return ZU_OK;
 }
 
-// Enough growth to need several system blocks.
-constexpr std::uint32_t kSweptEntries = 4000;
-
 std::uint32_t slotBytes(std::uint32_t slots) { return slots * sizeof(ZuObject*); }
 
 TEST_F(Array, GrowsBySixteenUpToTheLimitAndNoFurther) {
   ZuArray a;
-  EXPECT_EQ(a.items, nullptr);
   ASSERT_EQ(fillTo(a, 16), ZU_OK);
   EXPECT_EQ(a.capacity, 16);
   ASSERT_EQ(fillTo(a, 17), ZU_OK);
   EXPECT_EQ(a.capacity, 32);
   EXPECT_EQ(a.at(31), nullptr);  // new storage reads as 0
-  EXPECT_EQ(untag(a.at(16)), 17u);
 
   ASSERT_EQ(fillTo(a, kLimit), ZU_OK);
-  EXPECT_EQ(a.capacity, kLimit);
   EXPECT_EQ(ramSize(a.items), slotBytes(kLimit));  // one block, exactly the slots
   EXPECT_EQ(a.append(tag(1)), ZU_ERROR);
   EXPECT_EQ(lastError(), kArrayTooLarge);
   EXPECT_EQ(a.count, kLimit);
   EXPECT_EQ(untag(a.at(kLimit - 1)), kLimit);
-}
 
-TEST_F(Array, LastStepIsCutToTheLimit) {
-  ZuArray a;
-  ASSERT_EQ(a.setInitialSize(15990), ZU_OK);
-  ASSERT_EQ(fillTo(a, 15991), ZU_OK);
-  EXPECT_EQ(a.capacity, kLimit);
-  EXPECT_EQ(untag(a.at(15989)), 15990u);
+  ZuArray b;
+  ASSERT_EQ(b.setInitialSize(15990), ZU_OK);
+  ASSERT_EQ(fillTo(b, 15991), ZU_OK);
+  EXPECT_EQ(b.capacity, kLimit);  // the last step is cut to the limit
 }
 
 TEST_F(Array, SizedPastTheLimitFillsButNeverGrows) {
@@ -75,64 +66,42 @@ TEST_F(Array, InsertRemoveAndShrink) {
   ASSERT_EQ(a.addAtIndex(tag(9), 0), ZU_OK);
   a.removeAtIndex(2);
   ASSERT_EQ(a.count, 3);
-  EXPECT_EQ(untag(a.at(0)), 9u);
-  EXPECT_EQ(untag(a.at(1)), 1u);
-  EXPECT_EQ(untag(a.at(2)), 3u);
+  EXPECT_EQ(untag(a.at(0)) * 100 + untag(a.at(1)) * 10 + untag(a.at(2)), 913u);
   EXPECT_EQ(untag(a.at(3)), 3u);  // the old top slot keeps its stale value
-
-  ZuArray one;
-  ASSERT_EQ(one.append(tag(5)), ZU_OK);
-  one.removeAtIndex(0);
-  EXPECT_EQ(one.count, 0);
-  EXPECT_EQ(one.capacity, 16);
 
   ASSERT_EQ(fillTo(a, 20), ZU_OK);
   ASSERT_EQ(a.shrink(5), ZU_OK);
-  EXPECT_EQ(a.capacity, 5);
   EXPECT_EQ(a.count, 5);
   EXPECT_EQ(ramSize(a.items), slotBytes(5));
   ASSERT_EQ(a.shrink(0), ZU_OK);
   EXPECT_EQ(a.items, nullptr);
   ASSERT_EQ(a.append(tag(1)), ZU_OK);
   EXPECT_EQ(a.capacity, 16);
+  a.removeAtIndex(0);
+  EXPECT_EQ(a.count, 0);
+  EXPECT_EQ(a.capacity, 16);
 }
 
-TEST_F(Array, DeletingRunsDestructorsAndSkipsNulls) {
+TEST_F(Array, DeleteOperationsAndPointerIdentity) {
   int deaths = 0;
   zutest::Counted twin(&deaths);
   ZuArray a;
-  for (ZuObject* o : {static_cast<ZuObject*>(new zutest::Counted(&deaths)), tag(0),
-                      static_cast<ZuObject*>(new zutest::Counted(&deaths))}) {
-    ASSERT_EQ(a.append(o), ZU_OK);
-  }
+  ASSERT_EQ(a.append(new zutest::Counted(&deaths)), ZU_OK);
+  ASSERT_EQ(a.append(nullptr), ZU_OK);
+  ASSERT_EQ(a.append(new zutest::Counted(&deaths)), ZU_OK);
   EXPECT_EQ(a.doesExist(a.at(2)), 1u);
   EXPECT_EQ(a.doesExist(&twin), 0u);  // pointers, not values
   a.deleteAtIndex(0);
-  EXPECT_EQ(deaths, 1);
-  EXPECT_EQ(a.count, 2);
-  a.deleteContents();
+  a.deleteContents();  // skips the null entry
   EXPECT_EQ(deaths, 2);
   EXPECT_EQ(a.count, 0);
   EXPECT_EQ(a.capacity, 16);
-  EXPECT_EQ(a.at(1), nullptr);
-}
-
-TEST_F(Array, NumbersAndBlocks) {
-  ZuArrayU32 u;
-  ZuArrayS32 s;
-  ASSERT_EQ(u.append(tag(0xFFFFFFFFu)), ZU_OK);
-  ASSERT_EQ(s.append(tag(static_cast<std::uintptr_t>(std::intptr_t{-1}))), ZU_OK);
-  EXPECT_EQ(static_cast<std::uint32_t>(untag(u.at(0))), 0xFFFFFFFFu);
-  EXPECT_EQ(static_cast<std::int32_t>(untag(s.at(0))), -1);
 
   const std::uint32_t before = zutest::blocksInUse();
   ZuArrayPVoid p;
   for (int i = 0; i < 3; ++i) ASSERT_EQ(p.append(static_cast<ZuObject*>(ramAlloc(40))), ZU_OK);
-  ASSERT_EQ(p.append(nullptr), ZU_OK);
   p.deleteAtIndex(1);
-  EXPECT_EQ(p.count, 3);
   p.deleteContents();
-  EXPECT_EQ(p.count, 0);
   EXPECT_EQ(zutest::blocksInUse(), before + 1);  // the slots alone
 }
 
@@ -141,7 +110,7 @@ TEST(ArrayOutOfMemory, Growth) {
   EXPECT_TRUE(zutest::sweepOutOfMemory(
       [] {
         ZuArray a;
-        const ZuStatus result = fillTo(a, kSweptEntries);
+        const ZuStatus result = fillTo(a, 4000);
         // A refused growth leaves every entry where it was.
         for (std::uint32_t i = 0; i < a.count; ++i) {
           if (untag(a.at(i)) != i + 1) {
@@ -152,7 +121,7 @@ TEST(ArrayOutOfMemory, Growth) {
         return result == ZU_OK;
       },
       &report));
-  EXPECT_GT(report.failures, 2u) << report.runs;
+  EXPECT_GT(report.failures, 2u);
 }
 
 }  // namespace
