@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "containers/dictionary.h"
@@ -18,7 +19,8 @@ using zutest::kArrayTooLarge;
 
 class Dictionary : public zutest::ContainerTest {};
 
-ZuSubString view(const std::string& s) {
+// Over bytes that outlive the view: a literal or a kept string.
+ZuSubString view(std::string_view s) {
   return ZuSubString(reinterpret_cast<const unsigned char*>(s.data()),
                      static_cast<std::uint32_t>(s.size()));
 }
