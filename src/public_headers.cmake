@@ -10,6 +10,11 @@ set(ZU_PUBLIC_HEADERS
   frame/semaphore.h
   memory/ram.h
   containers/list.h
+  containers/array.h
+  containers/set.h
+  containers/association.h
+  containers/dictionary.h
+  containers/bit_array.h
   strings/bytes.h
   strings/compare.h
   strings/like.h

@@ -24,5 +24,10 @@
 #include "errors/error_list.h"
 #include "errors/keeper.h"
 #include "parsing/scanner.h"
+#include "containers/array.h"
+#include "containers/set.h"
+#include "containers/association.h"
+#include "containers/dictionary.h"
+#include "containers/bit_array.h"
 
 #endif

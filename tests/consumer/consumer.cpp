@@ -29,6 +29,25 @@ int main() {
     if (token.getType() != '<' * 256u + '=' || token.getOffset() != 1) return 5;
   }
   delete c;
+  {
+    // Containers, each through its exported operations.
+    ZuArray array;
+    if (array.append(nullptr) != ZU_OK || array.capacity != 16) return 5;
+    ZuDictionary hashed;
+    ZuSeqDictionary ordered;
+    static const unsigned char name[] = "DSN";
+    ZuSubString* key = new ZuSubString(name, 3);
+    if (hashed.initialize(4) != ZU_OK || hashed.addAssoc(1u, 2u) != ZU_OK) return 6;
+    if (ordered.addAssoc(key, nullptr) != ZU_OK || hashed.getIntForKey(1u) != 2) return 7;
+    ordered.setIgnoreCase();
+    ZuSubString probe(reinterpret_cast<const unsigned char*>("dsn"), 3);
+    if (ordered.doesExist(&probe) != 1) return 8;
+    ordered.deleteKeyAndData();
+    ZuBitArray bits;
+    if (bits.initialize(9) != ZU_OK) return 9;
+    bits.set(8);
+    if (bits.test(8) != 1) return 10;
+  }
   if (mdsGetPerTaskData(TASK_DATA_RAM_HEAP) != nullptr) return 4;
   mdsPerTaskTerm();
   std::printf("consumer: ok\n");

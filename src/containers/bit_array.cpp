@@ -1,0 +1,3 @@
+#include "containers/bit_array.h"
+
+ZuBitArray::~ZuBitArray() { ramFree(bits); }
