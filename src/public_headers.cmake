@@ -8,6 +8,7 @@ set(ZU_PUBLIC_HEADERS
   frame/task.h
   frame/thread.h
   frame/semaphore.h
+  frame/handles.h
   memory/ram.h
   containers/list.h
   strings/bytes.h
