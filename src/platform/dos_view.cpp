@@ -237,6 +237,7 @@ void ensureLoaded() {
 }
 
 bool normalize(const unsigned char* name, Normal& n) {
+  if (name[0] == '\0') return false;
   if (isSeparator(name[0]) && isSeparator(name[1])) return false;  // a network name
   if (name[0] != '\0' && name[1] == kDriveColon) {
     const int drive = driveIndex(name[0]);
