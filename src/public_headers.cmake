@@ -23,4 +23,7 @@ set(ZU_PUBLIC_HEADERS
   errors/error.h
   errors/error_list.h
   errors/keeper.h
+  os/file.h
+  os/path.h
+  os/system.h
 )
