@@ -114,26 +114,15 @@ bool openInProcess(const struct stat& info) {
 // Windows-style read-only: the owner's write bit is off, whoever asks.
 bool readOnly(const struct stat& info) { return (info.st_mode & S_IWUSR) == 0; }
 
-// A region that another handle of the same file holds, overlapping `wanted`.
-bool heldByOther(int handle, const Region& wanted) {
-  const Slot& self = table[handle];
+// Whether a handle of the same file as `self`, other than `except` (0: none),
+// holds a region overlapping `wanted`.
+bool regionHeld(const Slot& self, int except, const Region& wanted) {
   for (int h = 1; h < kHandleLimit; ++h) {
     const Slot& other = table[h];
-    if (h == handle || other.fd == kNoDescriptor || other.device != self.device ||
+    if (h == except || other.fd == kNoDescriptor || other.device != self.device ||
         other.inode != self.inode) {
       continue;
     }
-    for (std::size_t r = 0; r < other.regionCount; ++r) {
-      if (other.regions[r].overlaps(wanted)) return true;
-    }
-  }
-  return false;
-}
-
-bool heldByAnyone(const Slot& self, const Region& wanted) {
-  for (int h = 1; h < kHandleLimit; ++h) {
-    const Slot& other = table[h];
-    if (other.fd == kNoDescriptor || other.device != self.device || other.inode != self.inode) continue;
     for (std::size_t r = 0; r < other.regionCount; ++r) {
       if (other.regions[r].overlaps(wanted)) return true;
     }
@@ -149,7 +138,7 @@ ErrorClass prepareTransfer(int handle, std::uint32_t size, bool writing, int* fd
   if (slot == nullptr || (writing && !slot->write)) return kBadHandle;
   const off_t position = lseek(slot->fd, 0, SEEK_CUR);
   if (position < 0) return classifyHostError(errno);
-  if (heldByOther(handle, Region{static_cast<std::uint64_t>(position), size})) return kAccessDenied;
+  if (regionHeld(*slot, handle, Region{static_cast<std::uint64_t>(position), size})) return kAccessDenied;
   *fd = slot->fd;
   return kNoFailure;
 }
@@ -318,7 +307,8 @@ ErrorClass fileLockRegion(int handle, bool unlock, std::uint32_t length) {
     }
     return kAccessDenied;  // not a region this handle locked
   }
-  if (heldByAnyone(*slot, region)) return kAccessDenied;
+  // Regions do not stack, not even on one handle.
+  if (regionHeld(*slot, 0, region)) return kAccessDenied;
   ErrorClass failure = ofdLock(slot->fd, F_WRLCK, region);
   if (failure != kNoFailure) return failure;
   if (!addRegion(*slot, region)) {

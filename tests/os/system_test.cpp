@@ -14,6 +14,7 @@
 #include "os_fixture.h"
 #include "platform/dos.h"
 #include "platform/dos_view.h"
+#include "support/oom_sweep.h"
 
 namespace {
 
@@ -62,6 +63,22 @@ TEST_F(System, FindFilesMatchesWithoutRegardToCase) {
   void* none = nullptr;
   EXPECT_EQ(bosGetDirectoryNames(&none, name), ZU_OK);
   EXPECT_EQ(none, nullptr);
+}
+
+TEST_F(System, WalksRefusedMemoryEndAtOnce) {
+  writeHost("c/one.txt", "");
+  EXPECT_TRUE(zutest::sweepOutOfMemory([] {
+    unsigned char name[256] = "*.*";
+    unsigned char* files = nullptr;
+    void* drives = nullptr;
+    const bool found = bosFindFiles(&files, name) == ZU_OK;
+    EXPECT_EQ(found, files != nullptr);
+    while (files != nullptr) bosFindFiles(&files, name);
+    const bool walked = bosGetFileSystems(&drives, name) == ZU_OK;
+    EXPECT_EQ(walked, drives != nullptr) << "a refused walk is empty with a null context";
+    while (drives != nullptr) bosGetFileSystems(&drives, name);
+    return found && walked;
+  }));
 }
 
 TEST_F(System, DrivesComeFromTheMapAndTheTemporaryDirectoryStaysValid) {
