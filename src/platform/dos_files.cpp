@@ -4,8 +4,6 @@
 // process too: sharing modes, and reads and writes refused in a region that
 // another handle holds. Across processes a region lock is an open-file-
 // description lock, which every handle has its own of.
-#define _FILE_OFFSET_BITS 64  // 64-bit lock offsets on the 32-bit build too
-
 #include <fcntl.h>
 #include <pthread.h>
 #include <sys/stat.h>

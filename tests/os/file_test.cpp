@@ -1,7 +1,6 @@
 // Files on a private drive: the DOS name rules and their messages, every
 // open flag, the 65534-byte write chunks, region locks between handles,
 // refusals made through the fault switch, delete and rename failures.
-#define _FILE_OFFSET_BITS 64  // the lock probe on the 32-bit build
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
