@@ -1,5 +1,5 @@
 // The path operations on arbitrary paths, each in a heap buffer of exactly
-// the size the design gives (256 bytes for a path, 9 for a base name, 4 for
+// the size the callers give (256 bytes for a path, 9 for a base name, 4 for
 // an extension, maxLength + 1 for a line), so that the sanitizer reports any
 // byte written past them. The current directory is one the input chooses,
 // as long as the platform can give (254 characters, drive and root).
