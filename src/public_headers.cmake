@@ -8,6 +8,7 @@ set(ZU_PUBLIC_HEADERS
   frame/task.h
   frame/thread.h
   frame/semaphore.h
+  frame/handles.h
   memory/ram.h
   containers/list.h
   containers/array.h
@@ -28,4 +29,7 @@ set(ZU_PUBLIC_HEADERS
   errors/error_list.h
   errors/keeper.h
   parsing/scanner.h
+  os/file.h
+  os/path.h
+  os/system.h
 )

@@ -1,0 +1,9 @@
+// Opaque handles of the headless desktop: what a loaded library or a window
+// is to a client. Nothing may be assumed of what they point to.
+#ifndef ZUUTL_FRAME_HANDLES_H
+#define ZUUTL_FRAME_HANDLES_H
+
+struct ZuInstance;
+typedef ZuInstance* HINSTANCE;
+
+#endif

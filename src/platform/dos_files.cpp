@@ -1,0 +1,411 @@
+// Files behind numeric handles. The table keeps, per handle, the descriptor,
+// its access and sharing, the file's identity, and the regions it has
+// locked, so that the rules the library expects of its files hold inside the
+// process too: sharing modes, and reads and writes refused in a region that
+// another handle holds. Across processes a region lock is an open-file-
+// description lock, which every handle has its own of.
+#include <fcntl.h>
+#include <pthread.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "platform/dos_impl.h"
+#include "platform/dos_names.h"
+#include "platform/dos_view.h"
+#include "platform/fault.h"
+
+namespace zu::platform {
+
+ErrorClass classifyHostError(int hostError) {
+  switch (hostError) {
+    case 0:
+      return kNoFailure;
+    case ENOENT:
+    case ENOTDIR:
+    case ENAMETOOLONG:
+    case ELOOP:
+      return kNoEntry;
+    case EBADF:
+      return kBadHandle;
+    case ENOMEM:
+      return kNoMemory;
+    case EACCES:
+    case EPERM:
+    case EROFS:
+    case ETXTBSY:
+    case EISDIR:
+    case EBUSY:
+    case EAGAIN:
+      return kAccessDenied;
+    case EMFILE:
+    case ENFILE:
+      return kTooManyFiles;
+    case ENOSPC:
+    case EDQUOT:
+      return kNoSpace;
+    case EDEADLK:
+      return kDeadlock;
+    default:
+      return kIoFailure;
+  }
+}
+
+namespace host {
+namespace {
+
+constexpr int kNoDescriptor = -1;
+constexpr mode_t kNewFileMode = 0666;
+constexpr std::size_t kDosNameSize = 256;
+constexpr std::uint32_t kTempNumbers = 0xFFFF;
+
+struct Region {
+  std::uint64_t start, length;
+  bool overlaps(const Region& other) const {
+    return length != 0 && other.length != 0 && start < other.start + other.length &&
+           other.start < start + length;
+  }
+};
+
+struct Slot {
+  int fd = kNoDescriptor;
+  bool write = false;
+  bool exclusive = false;
+  dev_t device = 0;
+  ino_t inode = 0;
+  Region* regions = nullptr;
+  std::size_t regionCount = 0;
+  std::size_t regionCapacity = 0;
+
+  bool sameFile(const struct stat& info) const {
+    return fd != kNoDescriptor && device == info.st_dev && inode == info.st_ino;
+  }
+};
+
+Slot table[kHandleLimit];
+pthread_mutex_t tableLock = PTHREAD_MUTEX_INITIALIZER;
+
+class Held {
+ public:
+  Held() { pthread_mutex_lock(&tableLock); }
+  ~Held() { pthread_mutex_unlock(&tableLock); }
+  Held(const Held&) = delete;
+  Held& operator=(const Held&) = delete;
+};
+
+Slot* slotOf(int handle) {
+  if (handle <= 0 || handle >= kHandleLimit || table[handle].fd == kNoDescriptor) return nullptr;
+  return &table[handle];
+}
+
+bool openInProcess(const struct stat& info) {
+  for (int h = 1; h < kHandleLimit; ++h) {
+    if (table[h].sameFile(info)) return true;
+  }
+  return false;
+}
+
+// Windows-style read-only: the owner's write bit is off, whoever asks.
+bool readOnly(const struct stat& info) { return (info.st_mode & S_IWUSR) == 0; }
+
+// Whether a handle of the same file as `self`, other than `except` (0: none),
+// holds a region overlapping `wanted`.
+bool regionHeld(const Slot& self, int except, const Region& wanted) {
+  for (int h = 1; h < kHandleLimit; ++h) {
+    const Slot& other = table[h];
+    if (h == except || other.fd == kNoDescriptor || other.device != self.device ||
+        other.inode != self.inode) {
+      continue;
+    }
+    for (std::size_t r = 0; r < other.regionCount; ++r) {
+      if (other.regions[r].overlaps(wanted)) return true;
+    }
+  }
+  return false;
+}
+
+// Checks the region [position, position + size) of a transfer and hands out
+// the descriptor; the transfer itself runs outside the table's lock.
+ErrorClass prepareTransfer(int handle, std::uint32_t size, bool writing, int* fd) {
+  Held held;
+  Slot* slot = slotOf(handle);
+  if (slot == nullptr || (writing && !slot->write)) return kBadHandle;
+  const off_t position = lseek(slot->fd, 0, SEEK_CUR);
+  if (position < 0) return classifyHostError(errno);
+  if (regionHeld(*slot, handle, Region{static_cast<std::uint64_t>(position), size})) return kAccessDenied;
+  *fd = slot->fd;
+  return kNoFailure;
+}
+
+bool addRegion(Slot& slot, const Region& region) {
+  if (slot.regionCount == slot.regionCapacity) {
+    const std::size_t capacity = slot.regionCapacity == 0 ? 4 : slot.regionCapacity * 2;
+    void* grown = std::realloc(slot.regions, capacity * sizeof(Region));
+    if (grown == nullptr) return false;
+    slot.regions = static_cast<Region*>(grown);
+    slot.regionCapacity = capacity;
+  }
+  slot.regions[slot.regionCount++] = region;
+  return true;
+}
+
+ErrorClass ofdLock(int fd, short type, const Region& region) {
+  if (region.length == 0) return kNoFailure;
+  struct flock lock;
+  std::memset(&lock, 0, sizeof lock);
+  lock.l_type = type;
+  lock.l_whence = SEEK_SET;
+  lock.l_start = static_cast<off_t>(region.start);
+  lock.l_len = static_cast<off_t>(region.length);
+  if (fcntl(fd, F_OFD_SETLK, &lock) == 0) return kNoFailure;
+  return classifyHostError(errno);
+}
+
+// The last component of a DOS name, as given.
+const unsigned char* lastComponent(const unsigned char* name) {
+  const unsigned char* last = name;
+  if (name[0] != '\0' && name[1] == kDriveColon) last = name + 2;
+  for (const unsigned char* at = last; *at != '\0'; ++at) {
+    if (*at == kDosSeparator || *at == '/') last = at + 1;
+  }
+  return last;
+}
+
+}  // namespace
+
+ErrorClass fileOpen(const unsigned char* name, unsigned mode, int* handle) {
+  if (faultHit(Fault::Open)) return kTooManyFiles;
+  const bool create = (mode & kOpenCreate) != 0;
+  const bool write = create || (mode & kOpenWrite) != 0;
+  const bool exclusive = !create && (mode & kOpenExclusive) != 0;
+  char path[view::kHostPathSize];
+  ErrorClass failure = view::resolve(name, create ? view::Want::kCreatable : view::Want::kExisting,
+                                     path, sizeof path);
+  if (failure != kNoFailure) return failure;
+  Held held;
+  int free = 0;
+  for (int h = 1; h < kHandleLimit && free == 0; ++h) {
+    if (table[h].fd == kNoDescriptor) free = h;
+  }
+  if (free == 0) return kTooManyFiles;
+  struct stat info;
+  if (stat(path, &info) == 0) {
+    if (S_ISDIR(info.st_mode)) return kAccessDenied;
+    if (write && readOnly(info)) return kAccessDenied;
+    for (int h = 1; h < kHandleLimit; ++h) {
+      if (table[h].sameFile(info) && (exclusive || table[h].exclusive)) return kAccessDenied;
+    }
+  }
+  const int flags = (create ? O_RDWR | O_CREAT | O_TRUNC : write ? O_RDWR : O_RDONLY) | O_CLOEXEC;
+  int fd;
+  do {
+    fd = ::open(path, flags, kNewFileMode);
+  } while (fd < 0 && errno == EINTR);
+  if (fd < 0) return classifyHostError(errno);
+  if (fstat(fd, &info) != 0) {
+    failure = classifyHostError(errno);
+    ::close(fd);
+    return failure;
+  }
+  Slot& slot = table[free];
+  slot.fd = fd;
+  slot.write = write;
+  slot.exclusive = exclusive;
+  slot.device = info.st_dev;
+  slot.inode = info.st_ino;
+  slot.regionCount = 0;
+  *handle = free;
+  return kNoFailure;
+}
+
+ErrorClass fileRead(int handle, void* buffer, std::uint32_t size, std::uint32_t* done) {
+  *done = 0;
+  if (faultHit(Fault::Read)) return kIoFailure;
+  int fd;
+  ErrorClass failure = prepareTransfer(handle, size, false, &fd);
+  if (failure != kNoFailure) return failure;
+  ssize_t got;
+  do {
+    got = ::read(fd, buffer, size);
+  } while (got < 0 && errno == EINTR);
+  if (got < 0) return classifyHostError(errno);
+  *done = static_cast<std::uint32_t>(got);
+  return kNoFailure;
+}
+
+// A full disk is a short count, as the library's writes expect of it; any
+// other failure is one only when nothing was written.
+ErrorClass fileWrite(int handle, const void* buffer, std::uint32_t size, std::uint32_t* done) {
+  *done = 0;
+  int fd;
+  ErrorClass failure = prepareTransfer(handle, size, true, &fd);
+  if (failure != kNoFailure) return failure;
+  if (faultHit(Fault::Write)) return kNoFailure;  // the disk is full
+  const unsigned char* at = static_cast<const unsigned char*>(buffer);
+  while (*done < size) {
+    const ssize_t put = ::write(fd, at + *done, size - *done);
+    if (put > 0) {
+      *done += static_cast<std::uint32_t>(put);
+      continue;
+    }
+    if (put < 0 && errno == EINTR) continue;
+    const ErrorClass why = put < 0 ? classifyHostError(errno) : kNoSpace;
+    return why == kNoSpace || *done > 0 ? kNoFailure : why;
+  }
+  return kNoFailure;
+}
+
+ErrorClass fileSeek(int handle, std::int32_t offset, unsigned short origin, std::uint32_t* position) {
+  static constexpr int kWhence[] = {SEEK_SET, SEEK_CUR, SEEK_END};
+  if (origin >= sizeof kWhence / sizeof kWhence[0]) return kIoFailure;
+  int fd;
+  {
+    Held held;
+    Slot* slot = slotOf(handle);
+    if (slot == nullptr) return kBadHandle;
+    fd = slot->fd;
+  }
+  const off_t at = lseek(fd, static_cast<off_t>(offset), kWhence[origin]);
+  if (at < 0) return classifyHostError(errno);
+  *position = static_cast<std::uint32_t>(at);
+  return kNoFailure;
+}
+
+ErrorClass fileClose(int handle) {
+  Held held;
+  Slot* slot = slotOf(handle);
+  if (slot == nullptr) return kBadHandle;
+  // Closing the descriptor drops its region locks with it.
+  const int result = ::close(slot->fd);
+  const int why = errno;
+  std::free(slot->regions);
+  *slot = Slot();
+  return result == 0 || why == EINTR ? kNoFailure : classifyHostError(why);
+}
+
+ErrorClass fileLockRegion(int handle, bool unlock, std::uint32_t length) {
+  if (faultHit(Fault::Lock)) return kAccessDenied;
+  Held held;
+  Slot* slot = slotOf(handle);
+  if (slot == nullptr) return kBadHandle;
+  const off_t position = lseek(slot->fd, 0, SEEK_CUR);
+  if (position < 0) return classifyHostError(errno);
+  const Region region{static_cast<std::uint64_t>(position), length};
+  if (unlock) {
+    for (std::size_t r = 0; r < slot->regionCount; ++r) {
+      if (slot->regions[r].start != region.start || slot->regions[r].length != region.length) continue;
+      const ErrorClass failure = ofdLock(slot->fd, F_UNLCK, region);
+      if (failure != kNoFailure) return failure;
+      slot->regions[r] = slot->regions[--slot->regionCount];
+      return kNoFailure;
+    }
+    return kAccessDenied;  // not a region this handle locked
+  }
+  // Regions do not stack, not even on one handle.
+  if (regionHeld(*slot, 0, region)) return kAccessDenied;
+  ErrorClass failure = ofdLock(slot->fd, F_WRLCK, region);
+  if (failure != kNoFailure) return failure;
+  if (!addRegion(*slot, region)) {
+    ofdLock(slot->fd, F_UNLCK, region);
+    return kNoMemory;
+  }
+  return kNoFailure;
+}
+
+ErrorClass fileCommit(int handle) {
+  int fd;
+  {
+    Held held;
+    Slot* slot = slotOf(handle);
+    if (slot == nullptr) return kBadHandle;
+    fd = slot->fd;
+  }
+  return fsync(fd) == 0 ? kNoFailure : classifyHostError(errno);
+}
+
+ErrorClass fileRemove(const unsigned char* name) {
+  char path[view::kHostPathSize];
+  const ErrorClass failure = view::resolve(name, view::Want::kExisting, path, sizeof path);
+  if (failure != kNoFailure) return failure;
+  Held held;
+  struct stat info;
+  if (lstat(path, &info) != 0) return classifyHostError(errno);
+  // Files are shared for reading and writing only, never for deleting.
+  if (S_ISDIR(info.st_mode) || readOnly(info) || openInProcess(info)) return kAccessDenied;
+  return unlink(path) == 0 ? kNoFailure : classifyHostError(errno);
+}
+
+ErrorClass fileRename(const unsigned char* from, const unsigned char* to) {
+  char source[view::kHostPathSize];
+  char target[view::kHostPathSize];
+  ErrorClass failure = view::resolve(from, view::Want::kExisting, source, sizeof source);
+  if (failure == kNoFailure) failure = view::resolve(to, view::Want::kCreatable, target, sizeof target);
+  if (failure != kNoFailure) return failure;
+  Held held;
+  struct stat was, there;
+  if (lstat(source, &was) != 0) return classifyHostError(errno);
+  if (openInProcess(was)) return kAccessDenied;
+  if (lstat(target, &there) == 0) {
+    if (there.st_dev != was.st_dev || there.st_ino != was.st_ino) return classifyHostError(EEXIST);
+    // The same file under another case: the new name is taken as given.
+    char* slash = std::strrchr(target, '/');
+    const unsigned char* given = lastComponent(to);
+    const std::size_t length = std::strlen(reinterpret_cast<const char*>(given));
+    if (slash == nullptr || static_cast<std::size_t>(slash + 1 - target) + length >= sizeof target) {
+      return kNoEntry;
+    }
+    std::memcpy(slash + 1, given, length + 1);
+  }
+  return ::rename(source, target) == 0 ? kNoFailure : classifyHostError(errno);
+}
+
+ErrorClass fileAttributes(const unsigned char* name, unsigned* bits) {
+  char path[view::kHostPathSize];
+  const ErrorClass failure = view::resolve(name, view::Want::kExisting, path, sizeof path);
+  if (failure != kNoFailure) return failure;
+  struct stat info;
+  if (stat(path, &info) != 0) return classifyHostError(errno);
+  *bits = S_ISDIR(info.st_mode) ? kAttrDirectory : kAttrFile | (readOnly(info) ? kAttrReadOnly : 0u);
+  return kNoFailure;
+}
+
+ErrorClass tempFile(const unsigned char* directory, const char* prefix, unsigned char* name) {
+  const std::size_t length = std::strlen(reinterpret_cast<const char*>(directory));
+  const bool separated = length > 0 && (directory[length - 1] == kDosSeparator || directory[length - 1] == kDriveColon);
+  std::uint32_t number = (tickMs() ^ static_cast<std::uint32_t>(getpid())) & kTempNumbers;
+  for (std::uint32_t tries = 0; tries < kTempNumbers; ++tries) {
+    number = number % kTempNumbers + 1;  // 1 to 0xFFFF
+    char candidate[kDosNameSize];
+    const int made = std::snprintf(candidate, sizeof candidate, "%s%s%.3s%04X.TMP",
+                                   reinterpret_cast<const char*>(directory), separated ? "" : "\\",
+                                   prefix, static_cast<unsigned>(number));
+    if (made < 0 || static_cast<std::size_t>(made) >= sizeof candidate) return kNoEntry;
+    char path[view::kHostPathSize];
+    const unsigned char* dosName = reinterpret_cast<const unsigned char*>(candidate);
+    ErrorClass failure = view::resolve(dosName, view::Want::kCreatable, path, sizeof path);
+    if (failure != kNoFailure) return failure;
+    const int fd = ::open(path, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kNewFileMode);
+    if (fd < 0) {
+      if (errno == EEXIST) continue;
+      return classifyHostError(errno);
+    }
+    ::close(fd);
+    std::memcpy(name, candidate, static_cast<std::size_t>(made) + 1);
+    return kNoFailure;
+  }
+  return kIoFailure;
+}
+
+int openHandleCount() {
+  Held held;
+  int count = 0;
+  for (int h = 1; h < kHandleLimit; ++h) count += table[h].fd != kNoDescriptor ? 1 : 0;
+  return count;
+}
+
+}  // namespace host
+}  // namespace zu::platform
