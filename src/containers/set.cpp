@@ -102,16 +102,18 @@ ZuStatus ZuSet::addEntry(void* entry) {
 
 ZuStatus zu::storeInSlot(ZuSet& set, void* entry, unsigned short slot) {
   ZuObject** place = set.table.slotAt(slot);
-  const bool replacing = *place != nullptr;
+  // A replaced entry counts as an add all the same; the next rehash puts
+  // the count right again.
+  ZuObject* const displaced = *place;
   *place = static_cast<ZuObject*>(entry);
-  if (replacing) return ZU_OK;
 
   const std::uint32_t limit = threshold(set);
   ++set.entryCount;
   if (set.entryCount > limit) {
     const auto grown = static_cast<unsigned short>(limit + set.growPercent * limit / kPercent + 1);
     if (rehash(set, sizeForEntries(set, grown)) != ZU_OK) {
-      *place = nullptr;
+      // A refused rehash moved nothing: the slot gets back what it held.
+      *place = displaced;
       --set.entryCount;
       return ZU_ERROR;
     }

@@ -62,6 +62,7 @@ TEST_F(Dictionary, HashedNumbersReplacementAndDeletion) {
   ASSERT_EQ(d.addAssoc(1u, 5u), ZU_OK);
   EXPECT_EQ(d.getIntForKey(1u), 5u);
   EXPECT_EQ(zutest::blocksInUse(), blocks);
+  EXPECT_EQ(d.entryCount, 3);  // counted as an add all the same
 
   d.deleteKeyAndData();
   EXPECT_EQ(deaths, 1);
