@@ -24,7 +24,6 @@ std::string str(const ZuSubString* view) {
 
 constexpr unsigned short kParseAtOffset = 2704;
 constexpr unsigned short kParseNamedAtOffset = 2705;
-constexpr unsigned short kArrayTooLarge = 2722;
 
 // The table as "key=value|key=value", read by index so nothing is marked.
 std::string table(ZuValueParser& p) {
@@ -288,27 +287,18 @@ TEST_F(ValueParser, RandomTablesSurviveWritingAndParsing) {
   }
 }
 
-TEST_F(ValueParser, TableStopsAtTheArrayLimit) {
-  std::string text;
-  for (int i = 0; i <= 16000; ++i) text += "k" + std::to_string(i) + "=;";
-  Parsed p(text);
-  EXPECT_EQ(p.status, ZU_ERROR);
-  EXPECT_EQ(ZuErrorKeeper::getLastErrorNumber(), kArrayTooLarge);
-  EXPECT_EQ(p.parser.attributes.count, 16000);
-}
-
-// Enough pairs and long enough values to need many heap segments.
+// Enough pairs, and values long enough, to need many system blocks.
 TEST_F(ValueParser, OutOfMemoryInParsingAndAdding) {
   std::string text;
-  for (int i = 0; i < 1200; ++i) text += "Key" + std::to_string(i) + " = value " + std::to_string(i) + ";";
+  for (int i = 0; i < 300; ++i) text += "Key" + std::to_string(i) + " = value " + std::to_string(i) + ";";
   zutest::SweepReport report;
   EXPECT_TRUE(zutest::sweepOutOfMemory(
       [&] {
         Parsed p(text);
-        return p.status == ZU_OK && str(p.parser.getAttributeValue(u("key1199"))) == "value 1199";
+        return p.status == ZU_OK && str(p.parser.getAttributeValue(u("key299"))) == "value 299";
       },
       &report));
-  EXPECT_GT(report.failures, 2u);
+  EXPECT_GT(report.failures, 20u);
 
   const std::string big(12000, 'v');  // four of them stay below the string limit
   const std::string quoted = big + "'";
