@@ -8,6 +8,7 @@
 #include <string>
 
 #include "parsing/scanner.h"
+#include "parsing/value_parser.h"
 
 namespace {
 
@@ -101,6 +102,25 @@ void ScanSqlMatchingPhrases(benchmark::State& state) {
   state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * sql.size());
 }
 BENCHMARK(ScanSqlMatchingPhrases)->Unit(benchmark::kMillisecond);
+
+// A driver's connect string of 12 attributes, quoted and braced values
+// among them: construct, parse, destroy, as a connect does.
+void ParseConnectString12(benchmark::State& state) {
+  static const unsigned char text[] =
+      "DRIVER={zu Driver 4.0};SERVER=db1.example.com;PORT=5432;DATABASE=sales;"
+      "UID=admin;PWD='it''s secret';TIMEOUT=30;APP=Month end report;"
+      "CHARSET=WIN1252;READONLY=0;TRACE=1;TRACEFILE='C:\\TMP\\ZU.LOG'";
+  const ZuSubString view(text, sizeof text - 1);
+  for (auto _ : state) {
+    ZuValueParser parser(&view, ';', nullptr);
+    if (parser.initialize() != ZU_OK || parser.attributes.count != 12) {
+      state.SkipWithError("the connect string did not parse to 12 attributes");
+      break;
+    }
+    benchmark::DoNotOptimize(parser.getAttributeValue(reinterpret_cast<const unsigned char*>("pwd")));
+  }
+}
+BENCHMARK(ParseConnectString12)->Unit(benchmark::kMicrosecond);
 
 }  // namespace
 

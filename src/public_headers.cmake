@@ -29,6 +29,7 @@ set(ZU_PUBLIC_HEADERS
   errors/error_list.h
   errors/keeper.h
   parsing/scanner.h
+  parsing/value_parser.h
   os/file.h
   os/path.h
   os/system.h

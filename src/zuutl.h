@@ -28,6 +28,7 @@
 #include "errors/error_list.h"
 #include "errors/keeper.h"
 #include "parsing/scanner.h"
+#include "parsing/value_parser.h"
 #include "containers/array.h"
 #include "containers/set.h"
 #include "containers/association.h"
