@@ -11,6 +11,7 @@
 #include "errors/keeper.h"
 #include "frame/object.h"
 #include "frame/thread.h"
+#include "support/error_fixture.h"
 
 namespace zutest {
 
@@ -18,19 +19,7 @@ namespace zutest {
 inline constexpr unsigned short kArrayTooLarge = 2722;
 inline constexpr std::uint32_t kLimit = 16000;
 
-class ContainerTest : public ::testing::Test {
- protected:
-  void SetUp() override {
-    ASSERT_EQ(mdsPerThreadInit(), 1);
-    ZuErrorKeeper::setErrorList(&list);
-  }
-  void TearDown() override {
-    ZuErrorKeeper::giveUpErrorList();
-    mdsPerThreadTerm();
-  }
-  static unsigned short lastError() { return ZuErrorKeeper::getLastErrorNumber(); }
-  ZuErrorList list;
-};
+using ContainerTest = ErrorFixture;
 
 struct Counted : ZuObject {
   explicit Counted(int* deaths) : deaths(deaths) {}

@@ -11,6 +11,7 @@
 #include "strings/convert.h"
 #include "strings/hex.h"
 #include "strings/string.h"
+#include "support/error_fixture.h"
 
 namespace {
 
@@ -25,19 +26,7 @@ ZuError* makeError(unsigned short number, const char* words,
 }
 
 // Every test runs with a thread record and one current list.
-class ErrorListTest : public ::testing::Test {
- protected:
-  void SetUp() override {
-    ASSERT_EQ(mdsPerThreadInit(), 1);
-    ZuErrorKeeper::setErrorList(&list);
-  }
-  void TearDown() override {
-    while (ZuErrorKeeper::giveUpErrorList() != nullptr) {
-    }
-    mdsPerThreadTerm();
-  }
-  ZuErrorList list;
-};
+using ErrorListTest = zutest::ErrorFixture;
 
 TEST_F(ErrorListTest, ListThatKeepsOneErrorClosesAfterIt) {
   ZuErrorList one(nullptr, 0);

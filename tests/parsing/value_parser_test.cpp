@@ -12,6 +12,7 @@
 
 #include "errors/keeper.h"
 #include "frame/thread.h"
+#include "support/error_fixture.h"
 #include "support/oom_sweep.h"
 
 namespace {
@@ -39,20 +40,8 @@ std::string atOffset(unsigned offset) {
   return "Error parsing connect string at offset " + std::to_string(offset) + ". ";
 }
 
-class ValueParser : public ::testing::Test {
+class ValueParser : public zutest::ErrorFixture {
  protected:
-  void SetUp() override {
-    ASSERT_EQ(mdsPerThreadInit(), 1);
-    ZuErrorKeeper::setErrorList(&list);
-  }
-  void TearDown() override {
-    ZuErrorKeeper::giveUpErrorList();
-    mdsPerThreadTerm();
-  }
-  static std::string lastText() {
-    ZuError* e = ZuErrorKeeper::getLastError();
-    return e == nullptr ? "" : reinterpret_cast<const char*>(e->text.getCString());
-  }
   void clearErrors() {
     while (ZuError* e = list.removeFirstError()) {
       if (e->isStatic() == 0) delete e;
