@@ -4,19 +4,11 @@
 #define ZUUTL_FRAME_HOLD_H
 
 #include "frame/semaphore.h"
+#include "platform/lock.h"
 
 namespace zu {
 
-class Hold {
- public:
-  explicit Hold(ZuSemaphore& semaphore) : semaphore_(semaphore) { semaphore_.lock(); }
-  ~Hold() { semaphore_.unlock(); }
-  Hold(const Hold&) = delete;
-  Hold& operator=(const Hold&) = delete;
-
- private:
-  ZuSemaphore& semaphore_;
-};
+using Hold = platform::ScopedLock<ZuSemaphore>;
 
 }  // namespace zu
 

@@ -216,7 +216,7 @@ unsigned short bosfattr(const unsigned char* name) {
   // A root of a hard drive is a directory whether or not the drive is
   // there; the floppy drives A and B are asked.
   if (std::strlen(reinterpret_cast<const char*>(local)) == kDriveRootLength &&
-      local[1] == zu::platform::kDriveColon && local[0] != 'A' && local[0] != 'B') {
+      zu::platform::hasDrive(local) && local[0] != 'A' && local[0] != 'B') {
     return ZU_ATTR_DIRECTORY;
   }
   unsigned bits = 0;

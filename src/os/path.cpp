@@ -7,17 +7,16 @@
 #include "platform/dos.h"
 #include "platform/dos_names.h"
 
+using zu::platform::filePartStart;
 using zu::platform::kDosSeparator;
 using zu::platform::kDriveColon;
+using zu::platform::kDriveLength;
 using zu::platform::kExtensionDot;
 
 namespace {
 
 // bosfpath holds a joined path to this many characters.
 constexpr std::size_t kFullPathMax = 254;
-constexpr std::size_t kDriveLength = 2;  // "C:"
-constexpr unsigned char kParentStep[] = "\\..\\";
-constexpr std::size_t kParentStepLength = sizeof kParentStep - 1;
 constexpr unsigned char kCommentStart = ';';
 constexpr unsigned char kLineFeed = '\n';
 constexpr unsigned char kCarriageReturn = '\r';
@@ -26,17 +25,6 @@ constexpr short kEndOfText = -1;
 constexpr short kLineTooLong = -2;
 
 std::size_t length(const unsigned char* text) { return std::strlen(reinterpret_cast<const char*>(text)); }
-
-bool hasDrive(const unsigned char* path) { return path[0] != '\0' && path[1] == kDriveColon; }
-
-// Where the file part of `path` starts: after the last backslash, else after
-// a drive's colon, else at the start.
-std::size_t filePartStart(const unsigned char* path) {
-  const unsigned char* last = reinterpret_cast<const unsigned char*>(
-      std::strrchr(reinterpret_cast<const char*>(path), kDosSeparator));
-  if (last != nullptr) return static_cast<std::size_t>(last - path) + 1;
-  return hasDrive(path) ? kDriveLength : 0;
-}
 
 // Copies at most `limit` bytes of `source` and a NUL.
 void copyCut(unsigned char* target, const unsigned char* source, std::size_t limit) {
@@ -51,21 +39,6 @@ void appendCut(unsigned char* path, const unsigned char* tail, std::size_t limit
   const std::size_t have = length(path);
   if (have >= limit) return;
   copyCut(path + have, tail, limit - have);
-}
-
-void foldParents(unsigned char* path) {
-  for (;;) {
-    unsigned char* step = reinterpret_cast<unsigned char*>(
-        std::strstr(reinterpret_cast<char*>(path), reinterpret_cast<const char*>(kParentStep)));
-    if (step == nullptr) return;
-    unsigned char* previous = step;
-    do {
-      if (previous == path) return;  // no directory above to fold into
-      --previous;
-    } while (*previous != kDosSeparator);
-    unsigned char* rest = step + kParentStepLength - 1;  // the backslash that ends the step
-    std::memmove(previous, rest, length(rest) + 1);
-  }
 }
 
 }  // namespace
@@ -132,7 +105,7 @@ void bosfpath(unsigned char* path) {
     }
     appendCut(path, tail, kFullPathMax);
   }
-  if (!untouchable) foldParents(path);
+  if (!untouchable) zu::platform::foldParentSteps(path);
   zu::os::upperInPlace(path);
 }
 

@@ -3,12 +3,10 @@
 // is code point order, so the result does not depend on the machine.
 #include "platform/collation.h"
 
-#include <locale.h>
-#include <wchar.h>
-
 #include <atomic>
 
 #include "platform/charset.h"
+#include "platform/host.h"
 
 namespace zu::platform {
 namespace {
@@ -17,7 +15,7 @@ namespace {
 std::atomic<locale_t> chosen{nullptr};
 
 locale_t openCollation(const char* name) {
-  return newlocale(LC_COLLATE_MASK, name, static_cast<locale_t>(nullptr));
+  return host.newlocale(LC_COLLATE_MASK, name, static_cast<locale_t>(nullptr));
 }
 
 locale_t active() {
@@ -46,14 +44,14 @@ int collate(const unsigned char* a, std::uint32_t lengthA, const unsigned char* 
   widen(a, lengthA, wideA);
   widen(b, lengthB, wideB);
   locale_t locale = active();
-  return locale != nullptr ? wcscoll_l(wideA, wideB, locale) : wcscmp(wideA, wideB);
+  return locale != nullptr ? host.wcscoll_l(wideA, wideB, locale) : wcscmp(wideA, wideB);
 }
 
 bool setCollationLocale(const char* name) {
   locale_t next = openCollation(name);
   if (next == nullptr) return false;
   locale_t old = chosen.exchange(next, std::memory_order_acq_rel);
-  if (old != nullptr) freelocale(old);
+  if (old != nullptr) host.freelocale(old);
   return true;
 }
 

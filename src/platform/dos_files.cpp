@@ -4,20 +4,15 @@
 // process too: sharing modes, and reads and writes refused in a region that
 // another handle holds. Across processes a region lock is an open-file-
 // description lock, which every handle has its own of.
-#include <fcntl.h>
-#include <pthread.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 
 #include "platform/dos_impl.h"
 #include "platform/dos_names.h"
 #include "platform/dos_view.h"
-#include "platform/fault.h"
+#include "platform/host.h"
+#include "platform/lock.h"
 
 namespace zu::platform {
 
@@ -55,7 +50,7 @@ ErrorClass classifyHostError(int hostError) {
   }
 }
 
-namespace host {
+namespace files {
 namespace {
 
 constexpr int kNoDescriptor = -1;
@@ -87,15 +82,9 @@ struct Slot {
 };
 
 Slot table[kHandleLimit];
-pthread_mutex_t tableLock = PTHREAD_MUTEX_INITIALIZER;
+constinit Mutex tableLock;
 
-class Held {
- public:
-  Held() { pthread_mutex_lock(&tableLock); }
-  ~Held() { pthread_mutex_unlock(&tableLock); }
-  Held(const Held&) = delete;
-  Held& operator=(const Held&) = delete;
-};
+using Held = ScopedLock<Mutex>;
 
 Slot* slotOf(int handle) {
   if (handle <= 0 || handle >= kHandleLimit || table[handle].fd == kNoDescriptor) return nullptr;
@@ -131,10 +120,10 @@ bool regionHeld(const Slot& self, int except, const Region& wanted) {
 // Checks the region [position, position + size) of a transfer and hands out
 // the descriptor; the transfer itself runs outside the table's lock.
 ErrorClass prepareTransfer(int handle, std::uint32_t size, bool writing, int* fd) {
-  Held held;
+  Held held(tableLock);
   Slot* slot = slotOf(handle);
   if (slot == nullptr || (writing && !slot->write)) return kBadHandle;
-  const off_t position = lseek(slot->fd, 0, SEEK_CUR);
+  const off_t position = host.lseek(slot->fd, 0, SEEK_CUR);
   if (position < 0) return classifyHostError(errno);
   if (regionHeld(*slot, handle, Region{static_cast<std::uint64_t>(position), size})) return kAccessDenied;
   *fd = slot->fd;
@@ -144,7 +133,7 @@ ErrorClass prepareTransfer(int handle, std::uint32_t size, bool writing, int* fd
 bool addRegion(Slot& slot, const Region& region) {
   if (slot.regionCount == slot.regionCapacity) {
     const std::size_t capacity = slot.regionCapacity == 0 ? 4 : slot.regionCapacity * 2;
-    void* grown = std::realloc(slot.regions, capacity * sizeof(Region));
+    void* grown = host.realloc(slot.regions, capacity * sizeof(Region));
     if (grown == nullptr) return false;
     slot.regions = static_cast<Region*>(grown);
     slot.regionCapacity = capacity;
@@ -161,24 +150,16 @@ ErrorClass ofdLock(int fd, short type, const Region& region) {
   lock.l_whence = SEEK_SET;
   lock.l_start = static_cast<off_t>(region.start);
   lock.l_len = static_cast<off_t>(region.length);
-  if (fcntl(fd, F_OFD_SETLK, &lock) == 0) return kNoFailure;
+  if (host.fcntl(fd, F_OFD_SETLK, &lock) == 0) return kNoFailure;
   return classifyHostError(errno);
 }
 
 // The last component of a DOS name, as given.
-const unsigned char* lastComponent(const unsigned char* name) {
-  const unsigned char* last = name;
-  if (name[0] != '\0' && name[1] == kDriveColon) last = name + 2;
-  for (const unsigned char* at = last; *at != '\0'; ++at) {
-    if (*at == kDosSeparator || *at == '/') last = at + 1;
-  }
-  return last;
-}
+const unsigned char* lastComponent(const unsigned char* name) { return name + filePartStart(name, true); }
 
 }  // namespace
 
 ErrorClass fileOpen(const unsigned char* name, unsigned mode, int* handle) {
-  if (faultHit(Fault::Open)) return kTooManyFiles;
   const bool create = (mode & kOpenCreate) != 0;
   const bool write = create || (mode & kOpenWrite) != 0;
   const bool exclusive = !create && (mode & kOpenExclusive) != 0;
@@ -186,14 +167,14 @@ ErrorClass fileOpen(const unsigned char* name, unsigned mode, int* handle) {
   ErrorClass failure = view::resolve(name, create ? view::Want::kCreatable : view::Want::kExisting,
                                      path, sizeof path);
   if (failure != kNoFailure) return failure;
-  Held held;
+  Held held(tableLock);
   int free = 0;
   for (int h = 1; h < kHandleLimit && free == 0; ++h) {
     if (table[h].fd == kNoDescriptor) free = h;
   }
   if (free == 0) return kTooManyFiles;
   struct stat info;
-  if (stat(path, &info) == 0) {
+  if (host.stat(path, &info) == 0) {
     if (S_ISDIR(info.st_mode)) return kAccessDenied;
     if (write && readOnly(info)) return kAccessDenied;
     for (int h = 1; h < kHandleLimit; ++h) {
@@ -203,12 +184,12 @@ ErrorClass fileOpen(const unsigned char* name, unsigned mode, int* handle) {
   const int flags = (create ? O_RDWR | O_CREAT | O_TRUNC : write ? O_RDWR : O_RDONLY) | O_CLOEXEC;
   int fd;
   do {
-    fd = ::open(path, flags, kNewFileMode);
+    fd = host.open(path, flags, kNewFileMode);
   } while (fd < 0 && errno == EINTR);
   if (fd < 0) return classifyHostError(errno);
-  if (fstat(fd, &info) != 0) {
+  if (host.fstat(fd, &info) != 0) {
     failure = classifyHostError(errno);
-    ::close(fd);
+    host.close(fd);
     return failure;
   }
   Slot& slot = table[free];
@@ -224,13 +205,12 @@ ErrorClass fileOpen(const unsigned char* name, unsigned mode, int* handle) {
 
 ErrorClass fileRead(int handle, void* buffer, std::uint32_t size, std::uint32_t* done) {
   *done = 0;
-  if (faultHit(Fault::Read)) return kIoFailure;
   int fd;
   ErrorClass failure = prepareTransfer(handle, size, false, &fd);
   if (failure != kNoFailure) return failure;
   ssize_t got;
   do {
-    got = ::read(fd, buffer, size);
+    got = host.read(fd, buffer, size);
   } while (got < 0 && errno == EINTR);
   if (got < 0) return classifyHostError(errno);
   *done = static_cast<std::uint32_t>(got);
@@ -244,10 +224,9 @@ ErrorClass fileWrite(int handle, const void* buffer, std::uint32_t size, std::ui
   int fd;
   ErrorClass failure = prepareTransfer(handle, size, true, &fd);
   if (failure != kNoFailure) return failure;
-  if (faultHit(Fault::Write)) return kNoFailure;  // the disk is full
   const unsigned char* at = static_cast<const unsigned char*>(buffer);
   while (*done < size) {
-    const ssize_t put = ::write(fd, at + *done, size - *done);
+    const ssize_t put = host.write(fd, at + *done, size - *done);
     if (put > 0) {
       *done += static_cast<std::uint32_t>(put);
       continue;
@@ -264,35 +243,34 @@ ErrorClass fileSeek(int handle, std::int32_t offset, unsigned short origin, std:
   if (origin >= sizeof kWhence / sizeof kWhence[0]) return kIoFailure;
   int fd;
   {
-    Held held;
+    Held held(tableLock);
     Slot* slot = slotOf(handle);
     if (slot == nullptr) return kBadHandle;
     fd = slot->fd;
   }
-  const off_t at = lseek(fd, static_cast<off_t>(offset), kWhence[origin]);
+  const off_t at = host.lseek(fd, static_cast<off_t>(offset), kWhence[origin]);
   if (at < 0) return classifyHostError(errno);
   *position = static_cast<std::uint32_t>(at);
   return kNoFailure;
 }
 
 ErrorClass fileClose(int handle) {
-  Held held;
+  Held held(tableLock);
   Slot* slot = slotOf(handle);
   if (slot == nullptr) return kBadHandle;
   // Closing the descriptor drops its region locks with it.
-  const int result = ::close(slot->fd);
+  const int result = host.close(slot->fd);
   const int why = errno;
-  std::free(slot->regions);
+  host.free(slot->regions);
   *slot = Slot();
   return result == 0 || why == EINTR ? kNoFailure : classifyHostError(why);
 }
 
 ErrorClass fileLockRegion(int handle, bool unlock, std::uint32_t length) {
-  if (faultHit(Fault::Lock)) return kAccessDenied;
-  Held held;
+  Held held(tableLock);
   Slot* slot = slotOf(handle);
   if (slot == nullptr) return kBadHandle;
-  const off_t position = lseek(slot->fd, 0, SEEK_CUR);
+  const off_t position = host.lseek(slot->fd, 0, SEEK_CUR);
   if (position < 0) return classifyHostError(errno);
   const Region region{static_cast<std::uint64_t>(position), length};
   if (unlock) {
@@ -319,24 +297,24 @@ ErrorClass fileLockRegion(int handle, bool unlock, std::uint32_t length) {
 ErrorClass fileCommit(int handle) {
   int fd;
   {
-    Held held;
+    Held held(tableLock);
     Slot* slot = slotOf(handle);
     if (slot == nullptr) return kBadHandle;
     fd = slot->fd;
   }
-  return fsync(fd) == 0 ? kNoFailure : classifyHostError(errno);
+  return host.fsync(fd) == 0 ? kNoFailure : classifyHostError(errno);
 }
 
 ErrorClass fileRemove(const unsigned char* name) {
   char path[view::kHostPathSize];
   const ErrorClass failure = view::resolve(name, view::Want::kExisting, path, sizeof path);
   if (failure != kNoFailure) return failure;
-  Held held;
+  Held held(tableLock);
   struct stat info;
-  if (lstat(path, &info) != 0) return classifyHostError(errno);
+  if (host.lstat(path, &info) != 0) return classifyHostError(errno);
   // Files are shared for reading and writing only, never for deleting.
   if (S_ISDIR(info.st_mode) || readOnly(info) || openInProcess(info)) return kAccessDenied;
-  return unlink(path) == 0 ? kNoFailure : classifyHostError(errno);
+  return host.unlink(path) == 0 ? kNoFailure : classifyHostError(errno);
 }
 
 ErrorClass fileRename(const unsigned char* from, const unsigned char* to) {
@@ -345,11 +323,11 @@ ErrorClass fileRename(const unsigned char* from, const unsigned char* to) {
   ErrorClass failure = view::resolve(from, view::Want::kExisting, source, sizeof source);
   if (failure == kNoFailure) failure = view::resolve(to, view::Want::kCreatable, target, sizeof target);
   if (failure != kNoFailure) return failure;
-  Held held;
+  Held held(tableLock);
   struct stat was, there;
-  if (lstat(source, &was) != 0) return classifyHostError(errno);
+  if (host.lstat(source, &was) != 0) return classifyHostError(errno);
   if (openInProcess(was)) return kAccessDenied;
-  if (lstat(target, &there) == 0) {
+  if (host.lstat(target, &there) == 0) {
     if (there.st_dev != was.st_dev || there.st_ino != was.st_ino) return classifyHostError(EEXIST);
     // The same file under another case: the new name is taken as given.
     char* slash = std::strrchr(target, '/');
@@ -360,7 +338,7 @@ ErrorClass fileRename(const unsigned char* from, const unsigned char* to) {
     }
     std::memcpy(slash + 1, given, length + 1);
   }
-  return ::rename(source, target) == 0 ? kNoFailure : classifyHostError(errno);
+  return host.rename(source, target) == 0 ? kNoFailure : classifyHostError(errno);
 }
 
 ErrorClass fileAttributes(const unsigned char* name, unsigned* bits) {
@@ -368,7 +346,7 @@ ErrorClass fileAttributes(const unsigned char* name, unsigned* bits) {
   const ErrorClass failure = view::resolve(name, view::Want::kExisting, path, sizeof path);
   if (failure != kNoFailure) return failure;
   struct stat info;
-  if (stat(path, &info) != 0) return classifyHostError(errno);
+  if (host.stat(path, &info) != 0) return classifyHostError(errno);
   *bits = S_ISDIR(info.st_mode) ? kAttrDirectory : kAttrFile | (readOnly(info) ? kAttrReadOnly : 0u);
   return kNoFailure;
 }
@@ -376,7 +354,7 @@ ErrorClass fileAttributes(const unsigned char* name, unsigned* bits) {
 ErrorClass tempFile(const unsigned char* directory, const char* prefix, unsigned char* name) {
   const std::size_t length = std::strlen(reinterpret_cast<const char*>(directory));
   const bool separated = length > 0 && (directory[length - 1] == kDosSeparator || directory[length - 1] == kDriveColon);
-  std::uint32_t number = (tickMs() ^ static_cast<std::uint32_t>(getpid())) & kTempNumbers;
+  std::uint32_t number = (tickMs() ^ static_cast<std::uint32_t>(host.getpid())) & kTempNumbers;
   for (std::uint32_t tries = 0; tries < kTempNumbers; ++tries) {
     number = number % kTempNumbers + 1;  // 1 to 0xFFFF
     char candidate[kDosNameSize];
@@ -388,12 +366,12 @@ ErrorClass tempFile(const unsigned char* directory, const char* prefix, unsigned
     const unsigned char* dosName = reinterpret_cast<const unsigned char*>(candidate);
     ErrorClass failure = view::resolve(dosName, view::Want::kCreatable, path, sizeof path);
     if (failure != kNoFailure) return failure;
-    const int fd = ::open(path, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kNewFileMode);
+    const int fd = host.open(path, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kNewFileMode);
     if (fd < 0) {
       if (errno == EEXIST) continue;
       return classifyHostError(errno);
     }
-    ::close(fd);
+    host.close(fd);
     std::memcpy(name, candidate, static_cast<std::size_t>(made) + 1);
     return kNoFailure;
   }
@@ -401,11 +379,11 @@ ErrorClass tempFile(const unsigned char* directory, const char* prefix, unsigned
 }
 
 int openHandleCount() {
-  Held held;
+  Held held(tableLock);
   int count = 0;
   for (int h = 1; h < kHandleLimit; ++h) count += table[h].fd != kNoDescriptor ? 1 : 0;
   return count;
 }
 
-}  // namespace host
+}  // namespace files
 }  // namespace zu::platform

@@ -4,7 +4,7 @@
 
 #include "platform/dos.h"
 
-namespace zu::platform::host {
+namespace zu::platform::files {
 
 ErrorClass fileOpen(const unsigned char* name, unsigned mode, int* handle);
 ErrorClass fileRead(int handle, void* buffer, std::uint32_t size, std::uint32_t* done);
@@ -32,6 +32,6 @@ void beep();
 // Handles in use, for tests that prove nothing is left open.
 int openHandleCount();
 
-}  // namespace zu::platform::host
+}  // namespace zu::platform::files
 
 #endif

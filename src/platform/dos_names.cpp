@@ -2,6 +2,8 @@
 
 #include <cstring>
 
+#include "platform/charset.h"
+
 namespace zu::platform {
 namespace {
 
@@ -14,6 +16,42 @@ bool endsRun(unsigned char c) {
 }
 
 }  // namespace
+
+int driveIndex(unsigned char letter) {
+  const unsigned char upper = upperCase(letter);
+  return upper >= 'A' && upper <= 'Z' ? upper - 'A' : -1;
+}
+
+std::size_t filePartStart(const unsigned char* path, bool hostSlash) {
+  std::size_t start = 0;
+  for (std::size_t i = 0; path[i] != '\0'; ++i) {
+    if (path[i] == kDosSeparator || (hostSlash && path[i] == kHostSeparator)) start = i + 1;
+  }
+  if (start == 0 && hasDrive(path)) start = kDriveLength;
+  return start;
+}
+
+std::size_t parentStart(const unsigned char* path, std::size_t end) {
+  while (end > 0) {
+    if (path[--end] == kDosSeparator) return end;
+  }
+  return kNoParent;
+}
+
+void foldParentSteps(unsigned char* path) {
+  static constexpr char kParentStep[] = "\\..\\";
+  static constexpr std::size_t kStepLength = sizeof kParentStep - 1;
+  for (;;) {
+    char* step = std::strstr(reinterpret_cast<char*>(path), kParentStep);
+    if (step == nullptr) return;
+    const std::size_t at = static_cast<std::size_t>(reinterpret_cast<unsigned char*>(step) - path);
+    const std::size_t previous = parentStart(path, at);
+    if (previous == kNoParent) return;
+    // Keeps the backslash that ends the step.
+    const std::size_t rest = at + kStepLength - 1;
+    std::memmove(path + previous, path + rest, std::strlen(reinterpret_cast<char*>(path + rest)) + 1);
+  }
+}
 
 bool isReservedDeviceName(const unsigned char* name, std::size_t length) {
   for (const char* reserved : kReservedDeviceNames) {

@@ -1,11 +1,6 @@
 // Directory walks, this library's file and its sister libraries, the clock,
 // and the (headless) key queue; and the default DOS table.
-#include <dirent.h>
-#include <dlfcn.h>
-#include <sys/stat.h>
-#include <time.h>
-#include <unistd.h>
-
+#include <cerrno>
 #include <cstdlib>
 #include <cstring>
 
@@ -13,9 +8,10 @@
 #include "platform/dos_impl.h"
 #include "platform/dos_names.h"
 #include "platform/dos_view.h"
+#include "platform/host.h"
 
 namespace zu::platform {
-namespace host {
+namespace files {
 namespace {
 
 constexpr std::size_t kNameSize = 256;
@@ -25,6 +21,7 @@ constexpr const char* kSelfExe = "/proc/self/exe";
 constexpr std::uint32_t kMsPerSecond = 1000;
 constexpr long kNsPerMs = 1000000L;
 constexpr int kTmYearBase = 1900;
+constexpr int kEpochYear = 1970;
 
 // A walk holds its matches, sorted, so that no descriptor stays open
 // between calls and the order does not depend on the file system.
@@ -35,9 +32,16 @@ struct Search {
 };
 
 void freeSearch(Search* search) {
-  for (std::size_t i = 0; i < search->count; ++i) std::free(search->names[i]);
-  std::free(search->names);
-  std::free(search);
+  for (std::size_t i = 0; i < search->count; ++i) host.free(search->names[i]);
+  host.free(search->names);
+  host.free(search);
+}
+
+char* copyName(const char* name) {
+  const std::size_t size = std::strlen(name) + 1;
+  char* copy = static_cast<char*>(host.malloc(size));
+  if (copy != nullptr) std::memcpy(copy, name, size);
+  return copy;
 }
 
 int byBytes(const void* a, const void* b) {
@@ -60,11 +64,7 @@ bool handOut(Search* search, unsigned char* name) {
 void* findFirst(const unsigned char* pattern, unsigned char* name) {
   // The directory part keeps its final separator, so "C:" and "\" stay what
   // they are; an empty one is the current directory.
-  const std::size_t length = std::strlen(reinterpret_cast<const char*>(pattern));
-  std::size_t cut = pattern[0] != '\0' && pattern[1] == kDriveColon ? 2 : 0;
-  for (std::size_t i = cut; i < length; ++i) {
-    if (pattern[i] == kDosSeparator || pattern[i] == '/') cut = i + 1;
-  }
+  const std::size_t cut = filePartStart(pattern, true);
   const unsigned char* filePattern = pattern + cut;
   if (*filePattern == '\0' || cut >= kNameSize) return nullptr;
   unsigned char directory[kNameSize];
@@ -82,35 +82,41 @@ void* findFirst(const unsigned char* pattern, unsigned char* name) {
   for (int d = 0; d < view::kDriveCount && !atRoot; ++d) {
     atRoot = view::driveRoot(d, root, sizeof root) && std::strcmp(root, path) == 0;
   }
-  DIR* dir = opendir(path);
+  DIR* dir = host.opendir(path);
   if (dir == nullptr) return nullptr;
-  Search* search = static_cast<Search*>(std::calloc(1, sizeof(Search)));
+  Search* search = static_cast<Search*>(host.malloc(sizeof(Search)));
+  if (search != nullptr) *search = Search{nullptr, 0, 0};
   std::size_t capacity = 0;
   bool full = search == nullptr;
   while (!full) {
-    struct dirent* entry = readdir(dir);
-    if (entry == nullptr) break;
+    // A failed read and the end look alike but for errno.
+    errno = 0;
+    struct dirent* entry = host.readdir(dir);
+    if (entry == nullptr) {
+      full = errno != 0;
+      break;
+    }
     if (atRoot && isDot(entry->d_name)) continue;
     if (!view::wildcardMatch(filePattern, reinterpret_cast<const unsigned char*>(entry->d_name))) {
       continue;
     }
     if (search->count == capacity) {
       capacity = capacity == 0 ? 16 : capacity * 2;
-      void* grown = std::realloc(search->names, capacity * sizeof(char*));
+      void* grown = host.realloc(search->names, capacity * sizeof(char*));
       if (grown == nullptr) {
         full = true;
         break;
       }
       search->names = static_cast<char**>(grown);
     }
-    char* copy = strdup(entry->d_name);
+    char* copy = copyName(entry->d_name);
     if (copy == nullptr) {
       full = true;
       break;
     }
     search->names[search->count++] = copy;
   }
-  closedir(dir);
+  host.closedir(dir);
   if (search == nullptr) return nullptr;
   if (full || search->count == 0) {
     freeSearch(search);
@@ -129,7 +135,7 @@ void findClose(void* search) {
 
 bool moduleFile(char* path, std::size_t size) {
   Dl_info info;
-  if (dladdr(reinterpret_cast<void*>(&moduleFile), &info) != 0 && info.dli_fname != nullptr &&
+  if (host.dladdr(reinterpret_cast<void*>(&moduleFile), &info) != 0 && info.dli_fname != nullptr &&
       info.dli_fname[0] == '/') {
     const std::size_t length = std::strlen(info.dli_fname);
     if (length >= size) return false;
@@ -137,7 +143,7 @@ bool moduleFile(char* path, std::size_t size) {
     return true;
   }
   // The main program, when this code is linked into it.
-  const ssize_t length = readlink(kSelfExe, path, size - 1);
+  const ssize_t length = host.readlink(kSelfExe, path, size - 1);
   if (length <= 0 || static_cast<std::size_t>(length) >= size - 1) return false;
   path[length] = '\0';
   return true;
@@ -158,10 +164,10 @@ void* loadBeside(const unsigned char* stem) {
   std::strcat(wanted, reinterpret_cast<const char*>(stem));
   std::strcat(wanted, kLibrarySuffix);
   // The stem is a DOS name: the file beside us may be in any case.
-  DIR* dir = opendir(path);
+  DIR* dir = host.opendir(path);
   if (dir == nullptr) return nullptr;
   bool found = false;
-  while (struct dirent* entry = readdir(dir)) {
+  while (struct dirent* entry = host.readdir(dir)) {
     if (std::strlen(entry->d_name) != nameLength) continue;
     bool same = true;
     for (std::size_t i = 0; i < nameLength && same; ++i) {
@@ -174,16 +180,21 @@ void* loadBeside(const unsigned char* stem) {
       break;
     }
   }
-  closedir(dir);
+  host.closedir(dir);
   if (!found) return nullptr;
-  return dlopen(path, RTLD_NOW);
+  return host.dlopen(path, RTLD_NOW);
 }
 
+// A clock that cannot be read gives the epoch.
 void utcNow(UtcTime* time) {
-  struct timespec now;
-  clock_gettime(CLOCK_REALTIME, &now);
-  struct tm fields;
-  gmtime_r(&now.tv_sec, &fields);
+  struct timespec now {};
+  if (host.clock_gettime(CLOCK_REALTIME, &now) != 0) now = timespec{};
+  struct tm fields {};
+  if (host.gmtime_r(&now.tv_sec, &fields) == nullptr) {
+    fields = tm{};
+    fields.tm_mday = 1;
+    fields.tm_year = kEpochYear - kTmYearBase;
+  }
   time->day = static_cast<unsigned short>(fields.tm_mday);
   time->month = static_cast<unsigned short>(fields.tm_mon + 1);
   time->year = static_cast<unsigned short>(fields.tm_year + kTmYearBase);
@@ -194,8 +205,8 @@ void utcNow(UtcTime* time) {
 }
 
 std::uint32_t tickMs() {
-  struct timespec now;
-  clock_gettime(CLOCK_MONOTONIC, &now);
+  struct timespec now {};
+  if (host.clock_gettime(CLOCK_MONOTONIC, &now) != 0) return 0;
   return static_cast<std::uint32_t>(now.tv_sec) * kMsPerSecond +
          static_cast<std::uint32_t>(now.tv_nsec / kNsPerMs);
 }
@@ -204,16 +215,34 @@ std::uint32_t tickMs() {
 bool nextKey(unsigned*, unsigned*) { return false; }
 void beep() {}
 
-}  // namespace host
+}  // namespace files
 
 constexpr DosCalls kDefaultDosCalls = {
-    host::fileOpen,       host::fileRead,       host::fileWrite,     host::fileSeek,
-    host::fileClose,      host::fileLockRegion, host::fileCommit,    host::fileRemove,
-    host::fileRename,     host::fileAttributes, view::tempDirectory, host::tempFile,
-    view::driveType,      view::logicalDrives,  view::currentDirectory, view::setCurrentDirectory,
-    host::findFirst,      host::findNext,       host::findClose,     host::moduleFile,
-    host::loadBeside,     host::utcNow,         host::tickMs,        host::nextKey,
-    host::beep,
+    .open = files::fileOpen,
+    .read = files::fileRead,
+    .write = files::fileWrite,
+    .seek = files::fileSeek,
+    .close = files::fileClose,
+    .lockRegion = files::fileLockRegion,
+    .commit = files::fileCommit,
+    .remove = files::fileRemove,
+    .rename = files::fileRename,
+    .attributes = files::fileAttributes,
+    .tempDirectory = view::tempDirectory,
+    .tempFile = files::tempFile,
+    .driveType = view::driveType,
+    .logicalDrives = view::logicalDrives,
+    .currentDirectory = view::currentDirectory,
+    .setCurrentDirectory = view::setCurrentDirectory,
+    .findFirst = files::findFirst,
+    .findNext = files::findNext,
+    .findClose = files::findClose,
+    .moduleFile = files::moduleFile,
+    .loadBeside = files::loadBeside,
+    .utcNow = files::utcNow,
+    .tickMs = files::tickMs,
+    .nextKey = files::nextKey,
+    .beep = files::beep,
 };
 
 constinit DosCalls dos = kDefaultDosCalls;

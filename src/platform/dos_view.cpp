@@ -1,22 +1,19 @@
 #include "platform/dos_view.h"
 
-#include <dirent.h>
-#include <pthread.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <cstdlib>
+#include <cerrno>
 #include <cstring>
 
 #include "platform/charset.h"
 #include "platform/dos_names.h"
-#include "platform/platform.h"
+#include "platform/environment.h"
+#include "platform/host.h"
+#include "platform/lock.h"
+#include "platform/wildcard.h"
 
 namespace zu::platform::view {
 namespace {
 
 constexpr int kDriveC = 2;
-constexpr unsigned char kHostSeparator = '/';
 constexpr const char* kDefaultTemp = "/tmp";
 // What a temporary file's name adds to its directory: "zuXXXX.TMP".
 constexpr std::size_t kTempNameLength = 10;
@@ -31,67 +28,52 @@ struct Normal {
   unsigned char path[kNormalSize];
 };
 
+// The drive map and the temporary directory. The current directory is not
+// kept: it is the process's, read from the host at each call.
 struct State {
   bool loaded = false;
-  char* roots[kDriveCount] = {};
+  // A drive is mapped when its root is not empty; a root is an absolute host
+  // directory without a trailing slash, except "/" itself.
+  char roots[kDriveCount][kHostPathSize] = {};
   int tempDrive = -1;
   unsigned char temp[kDosNameMax + 1] = {};
-  Normal cwd;
 };
 
-pthread_mutex_t viewLock = PTHREAD_MUTEX_INITIALIZER;
+constinit Mutex viewLock;
 State state;
 
-class Held {
- public:
-  Held() { pthread_mutex_lock(&viewLock); }
-  ~Held() { pthread_mutex_unlock(&viewLock); }
-  Held(const Held&) = delete;
-  Held& operator=(const Held&) = delete;
-};
+using Held = ScopedLock<Mutex>;
 
-bool isSeparator(unsigned char c) { return c == kDosSeparator || c == kHostSeparator; }
+bool isSeparator(unsigned char c) { return isNameSeparator(c); }
 
-int driveIndex(unsigned char letter) {
-  const unsigned char upper = upperCase(letter);
-  return upper >= 'A' && upper <= 'Z' ? upper - 'A' : -1;
+const char* variable(const char* name) {
+  return reinterpret_cast<const char*>(environmentValue(reinterpret_cast<const unsigned char*>(name)));
 }
 
-const char* environmentValue(const char* name) {
-  char** block = sys.environment();
-  if (block == nullptr) return nullptr;
-  const std::size_t length = std::strlen(name);
-  for (char** entry = block; *entry != nullptr; ++entry) {
-    if (std::strncmp(*entry, name, length) == 0 && (*entry)[length] == '=') return *entry + length + 1;
-  }
-  return nullptr;
-}
-
-bool isDirectory(const char* host) {
+bool isDirectory(const char* path) {
   struct stat info;
-  return stat(host, &info) == 0 && S_ISDIR(info.st_mode);
+  return host.stat(path, &info) == 0 && S_ISDIR(info.st_mode);
 }
 
-// A host directory without its trailing slashes ("/" stays), or null.
-char* copyRoot(const char* text, std::size_t length) {
-  if (length == 0 || text[0] != kHostSeparator || length >= kHostPathSize) return nullptr;
+const char* rootOf(int drive) { return state.roots[drive][0] != '\0' ? state.roots[drive] : nullptr; }
+
+// Maps `drive` to a host directory, without its trailing slashes ("/"
+// stays); false, with the drive as it was, when `text` is not absolute.
+bool setRoot(int drive, const char* text, std::size_t length) {
+  if (length == 0 || text[0] != kHostSeparator || length >= kHostPathSize) return false;
   while (length > 1 && text[length - 1] == kHostSeparator) --length;
-  char* root = static_cast<char*>(std::malloc(length + 1));
-  if (root == nullptr) return nullptr;
-  std::memcpy(root, text, length);
-  root[length] = '\0';
-  return root;
+  std::memcpy(state.roots[drive], text, length);
+  state.roots[drive][length] = '\0';
+  return true;
 }
 
-void setRoot(int drive, char* root) {
-  std::free(state.roots[drive]);
-  state.roots[drive] = root;
-}
+void unmap(int drive) { state.roots[drive][0] = '\0'; }
 
 // "D=/srv/data;E=/mnt/e": later entries win; malformed ones are skipped.
 void readDriveMap() {
-  setRoot(kDriveC, copyRoot("/", 1));
-  const char* map = environmentValue(kDriveVariable);
+  for (int d = 0; d < kDriveCount; ++d) unmap(d);
+  setRoot(kDriveC, "/", 1);
+  const char* map = variable(kDriveVariable);
   if (map == nullptr) return;
   while (*map != '\0') {
     const char* end = std::strchr(map, ';');
@@ -99,9 +81,9 @@ void readDriveMap() {
     const int drive = length >= 2 ? driveIndex(static_cast<unsigned char>(map[0])) : -1;
     if (drive >= 0 && map[1] == '=') {
       if (length == 2) {
-        setRoot(drive, nullptr);
-      } else if (char* root = copyRoot(map + 2, length - 2)) {
-        setRoot(drive, root);
+        unmap(drive);
+      } else {
+        setRoot(drive, map + 2, length - 2);
       }
     }
     map += length;
@@ -118,8 +100,9 @@ bool appendComponents(Normal& n, const unsigned char* text) {
     const std::size_t length = static_cast<std::size_t>(text - start);
     if (length == 0 || (length == 1 && start[0] == '.')) continue;
     if (length == 2 && start[0] == '.' && start[1] == '.') {
-      while (n.length > 0 && n.path[--n.length] != kDosSeparator) {
-      }
+      // Never above the drive's root.
+      const std::size_t parent = parentStart(n.path, n.length);
+      n.length = parent == kNoParent ? 0 : parent;
       continue;
     }
     if (n.length + 1 + length >= kNormalSize) return false;
@@ -148,16 +131,16 @@ bool dosText(const Normal& n, unsigned char* buffer, std::size_t size) {
 
 // The DOS form of a host path, under the drive with the longest root that
 // holds it.
-bool hostToDos(const char* host, Normal& n) {
+bool hostToDos(const char* path, Normal& n) {
   int best = -1;
   std::size_t bestLength = 0;
   for (int d = 0; d < kDriveCount; ++d) {
-    const char* root = state.roots[d];
+    const char* root = rootOf(d);
     if (root == nullptr) continue;
     std::size_t length = std::strlen(root);
     if (length == 1) length = 0;  // "/" holds everything
-    if (std::strncmp(host, root, length) != 0) continue;
-    if (host[length] != '\0' && host[length] != kHostSeparator) continue;
+    if (std::strncmp(path, root, length) != 0) continue;
+    if (path[length] != '\0' && path[length] != kHostSeparator) continue;
     if (best < 0 || length > bestLength) {
       best = d;
       bestLength = length;
@@ -167,14 +150,14 @@ bool hostToDos(const char* host, Normal& n) {
   n.drive = best;
   n.length = 0;
   n.path[0] = '\0';
-  return appendComponents(n, reinterpret_cast<const unsigned char*>(host + bestLength));
+  return appendComponents(n, reinterpret_cast<const unsigned char*>(path + bestLength));
 }
 
 void useRootOfFirstDrive(Normal& n) {
   n.drive = kDriveC;
-  if (state.roots[kDriveC] == nullptr) {
+  if (rootOf(kDriveC) == nullptr) {
     for (int d = 0; d < kDriveCount; ++d) {
-      if (state.roots[d] != nullptr) {
+      if (rootOf(d) != nullptr) {
         n.drive = d;
         break;
       }
@@ -185,11 +168,13 @@ void useRootOfFirstDrive(Normal& n) {
 }
 
 void findTemp() {
-  const char* host = environmentValue(kTempVariable);
-  if (host == nullptr || host[0] != kHostSeparator || !isDirectory(host)) host = kDefaultTemp;
+  const char* directory = variable(kTempVariable);
+  if (directory == nullptr || directory[0] != kHostSeparator || !isDirectory(directory)) {
+    directory = kDefaultTemp;
+  }
   Normal n;
   unsigned char text[kDosNameMax + 1];
-  if (hostToDos(host, n) && dosText(n, text, sizeof text - 1)) {
+  if (hostToDos(directory, n) && dosText(n, text, sizeof text - 1)) {
     std::size_t length = std::strlen(reinterpret_cast<char*>(text));
     if (text[length - 1] != kDosSeparator) text[length++] = kDosSeparator;
     text[length] = '\0';
@@ -201,10 +186,8 @@ void findTemp() {
     }
   }
   for (int d = kDriveCount - 1; d >= kDriveC; --d) {
-    if (state.roots[d] != nullptr) continue;
-    char* root = copyRoot(host, std::strlen(host));
-    if (root == nullptr) break;
-    setRoot(d, root);
+    if (rootOf(d) != nullptr) continue;
+    if (!setRoot(d, directory, std::strlen(directory))) break;
     state.tempDrive = d;
     state.temp[0] = static_cast<unsigned char>('A' + d);
     state.temp[1] = kDriveColon;
@@ -217,14 +200,17 @@ void findTemp() {
   dosText(n, state.temp, sizeof state.temp);
 }
 
-void findCurrentDirectory() {
-  char host[kHostPathSize];
+// The process's current directory in DOS form. A directory that no drive
+// reaches, one too long for a DOS path, or one the host cannot name (it was
+// removed) gives the root of the first drive.
+void currentNormal(Normal& n) {
+  char path[kHostPathSize];
   unsigned char text[kDosNameMax + 1];
-  if (getcwd(host, sizeof host) != nullptr && hostToDos(host, state.cwd) &&
-      dosText(state.cwd, text, kDosPathMax + 1)) {
+  if (host.getcwd(path, sizeof path) != nullptr && hostToDos(path, n) &&
+      dosText(n, text, kDosPathMax + 1)) {
     return;
   }
-  useRootOfFirstDrive(state.cwd);
+  useRootOfFirstDrive(n);
 }
 
 void ensureLoaded() {
@@ -233,27 +219,23 @@ void ensureLoaded() {
   state.tempDrive = -1;
   readDriveMap();
   findTemp();
-  findCurrentDirectory();
 }
 
 bool normalize(const unsigned char* name, Normal& n) {
   if (name[0] == '\0') return false;
   if (isSeparator(name[0]) && isSeparator(name[1])) return false;  // a network name
-  if (name[0] != '\0' && name[1] == kDriveColon) {
+  if (hasDrive(name)) {
     const int drive = driveIndex(name[0]);
     if (drive < 0) return false;
     name += 2;
-    if (!isSeparator(name[0]) && drive == state.cwd.drive) {
-      n = state.cwd;
-    } else {
+    if (!isSeparator(name[0])) currentNormal(n);
+    if (isSeparator(name[0]) || n.drive != drive) {
       n.drive = drive;
       n.length = 0;
     }
-  } else if (isSeparator(name[0])) {
-    n.drive = state.cwd.drive;
-    n.length = 0;
   } else {
-    n = state.cwd;
+    currentNormal(n);
+    if (isSeparator(name[0])) n.length = 0;
   }
   return appendComponents(n, name);
 }
@@ -268,47 +250,46 @@ bool sameUpper(const unsigned char* a, const unsigned char* b, std::size_t lengt
 // Appends to `host` (a directory, `length` bytes) the name of its entry
 // that is `component` without regard to case: the name itself when there is
 // one, else the lowest in byte order of those that match.
-bool matchComponent(char* host, std::size_t length, std::size_t size, const unsigned char* component,
+bool matchComponent(char* path, std::size_t length, std::size_t size, const unsigned char* component,
                     std::size_t componentLength) {
   if (length + componentLength + 1 >= size) return false;
-  std::memcpy(host + length, component, componentLength);
-  host[length + componentLength] = '\0';
+  std::memcpy(path + length, component, componentLength);
+  path[length + componentLength] = '\0';
   struct stat info;
-  if (lstat(host, &info) == 0) return true;
-  host[length] = '\0';
-  DIR* dir = opendir(host);
+  if (host.lstat(path, &info) == 0) return true;
+  path[length] = '\0';
+  DIR* dir = host.opendir(path);
   bool found = false;
   if (dir != nullptr) {
-  while (struct dirent* entry = readdir(dir)) {
+  while (struct dirent* entry = host.readdir(dir)) {
     const unsigned char* entryName = reinterpret_cast<const unsigned char*>(entry->d_name);
     if (std::strlen(entry->d_name) != componentLength || !sameUpper(entryName, component, componentLength)) {
       continue;
     }
-    if (!found || std::memcmp(entry->d_name, host + length, componentLength) < 0) {
-      std::memcpy(host + length, entry->d_name, componentLength);
+    if (!found || std::memcmp(entry->d_name, path + length, componentLength) < 0) {
+      std::memcpy(path + length, entry->d_name, componentLength);
       found = true;
     }
   }
-  closedir(dir);
+  host.closedir(dir);
   }
   // Not found: the name as given stays in place for a caller that creates it.
-  if (!found) std::memcpy(host + length, component, componentLength);
-  host[length + componentLength] = '\0';
+  if (!found) std::memcpy(path + length, component, componentLength);
+  path[length + componentLength] = '\0';
   return found;
 }
 
 }  // namespace
 
 void reset() {
-  Held held;
-  for (int d = 0; d < kDriveCount; ++d) setRoot(d, nullptr);
+  Held held(viewLock);
   state.loaded = false;
 }
 
 bool driveRoot(int index, char* buffer, std::size_t size) {
-  Held held;
+  Held held(viewLock);
   ensureLoaded();
-  if (index < 0 || index >= kDriveCount || state.roots[index] == nullptr) return false;
+  if (index < 0 || index >= kDriveCount || rootOf(index) == nullptr) return false;
   const std::size_t length = std::strlen(state.roots[index]);
   if (length >= size) return false;
   std::memcpy(buffer, state.roots[index], length + 1);
@@ -316,23 +297,23 @@ bool driveRoot(int index, char* buffer, std::size_t size) {
 }
 
 int tempDrive() {
-  Held held;
+  Held held(viewLock);
   ensureLoaded();
   return state.tempDrive;
 }
 
-ErrorClass resolve(const unsigned char* name, Want want, char* host, std::size_t size) {
-  Held held;
+ErrorClass resolve(const unsigned char* name, Want want, char* path, std::size_t size) {
+  Held held(viewLock);
   ensureLoaded();
   Normal n;
   if (!normalize(name, n)) return kNoEntry;
-  const char* root = state.roots[n.drive];
+  const char* root = rootOf(n.drive);
   if (root == nullptr) return kNoEntry;
   std::size_t length = std::strlen(root);
   if (length >= size) return kNoEntry;
-  std::memcpy(host, root, length + 1);
+  std::memcpy(path, root, length + 1);
   if (length == 1) length = 0;  // components are led by '/', so "/" adds nothing
-  if (n.length == 0) return isDirectory(host) ? kNoFailure : kNoEntry;
+  if (n.length == 0) return isDirectory(path) ? kNoFailure : kNoEntry;
   const unsigned char* at = n.path;
   while (*at != '\0') {
     ++at;  // the component's backslash
@@ -341,12 +322,12 @@ ErrorClass resolve(const unsigned char* name, Want want, char* host, std::size_t
     const std::size_t componentLength = static_cast<std::size_t>(end - at);
     const bool last = *end == '\0';
     if (length + 1 >= size) return kNoEntry;
-    host[length++] = static_cast<char>(kHostSeparator);
-    if (!matchComponent(host, length, size, at, componentLength)) {
+    path[length++] = static_cast<char>(kHostSeparator);
+    if (!matchComponent(path, length, size, at, componentLength)) {
       if (!last || want != Want::kCreatable) return kNoEntry;
     }
-    length = std::strlen(host);
-    if (!last && !isDirectory(host)) return kNoEntry;
+    length = std::strlen(path);
+    if (!last && !isDirectory(path)) return kNoEntry;
     at = end;
   }
   return kNoFailure;
@@ -355,24 +336,10 @@ ErrorClass resolve(const unsigned char* name, Want want, char* host, std::size_t
 namespace {
 bool globMatch(const unsigned char* pattern, std::size_t patternLength, const unsigned char* name,
                std::size_t nameLength) {
-  constexpr std::size_t kNoStar = static_cast<std::size_t>(-1);
-  std::size_t p = 0, s = 0, star = kNoStar, starName = 0;
-  while (s < nameLength) {
-    if (p < patternLength && (pattern[p] == '?' || upperCase(pattern[p]) == upperCase(name[s]))) {
-      ++p;
-      ++s;
-    } else if (p < patternLength && pattern[p] == '*') {
-      star = p++;
-      starName = s;
-    } else if (star != kNoStar) {
-      p = star + 1;
-      s = ++starName;
-    } else {
-      return false;
-    }
-  }
-  while (p < patternLength && pattern[p] == '*') ++p;
-  return p == patternLength;
+  // No escape: a DOS pattern cannot hold a NUL.
+  static constexpr Wildcards kDosWildcards{'*', '?', '\0', false};
+  return platform::wildcardMatch(name, static_cast<std::uint32_t>(nameLength), pattern,
+                                 static_cast<std::uint32_t>(patternLength), kDosWildcards);
 }
 }  // namespace
 
@@ -388,26 +355,29 @@ bool wildcardMatch(const unsigned char* pattern, const unsigned char* name) {
 }
 
 void currentDirectory(unsigned char* buffer, std::size_t size) {
-  Held held;
+  Held held(viewLock);
   ensureLoaded();
-  if (size > 0 && !dosText(state.cwd, buffer, size)) buffer[0] = '\0';
+  Normal n;
+  currentNormal(n);
+  if (size > 0 && !dosText(n, buffer, size)) buffer[0] = '\0';
 }
 
 ErrorClass setCurrentDirectory(const unsigned char* path) {
-  char host[kHostPathSize];
-  ErrorClass failure = resolve(path, Want::kExisting, host, sizeof host);
+  char target[kHostPathSize];
+  const ErrorClass failure = resolve(path, Want::kExisting, target, sizeof target);
   if (failure != kNoFailure) return failure;
-  if (!isDirectory(host)) return kNoEntry;
-  Held held;
-  Normal n;
-  unsigned char text[kDosNameMax + 1];
-  if (!normalize(path, n) || !dosText(n, text, kDosPathMax + 1)) return kNoEntry;
-  state.cwd = n;
-  return kNoFailure;
+  {
+    Held held(viewLock);
+    Normal n;
+    unsigned char text[kDosNameMax + 1];
+    if (!normalize(path, n) || !dosText(n, text, kDosPathMax + 1)) return kNoEntry;
+  }
+  if (!isDirectory(target)) return kNoEntry;
+  return host.chdir(target) == 0 ? kNoFailure : classifyHostError(errno);
 }
 
 void tempDirectory(unsigned char* buffer, std::size_t size) {
-  Held held;
+  Held held(viewLock);
   ensureLoaded();
   const std::size_t length = std::strlen(reinterpret_cast<char*>(state.temp));
   if (length >= size) {
@@ -420,18 +390,18 @@ void tempDirectory(unsigned char* buffer, std::size_t size) {
 unsigned driveType(const unsigned char* root) {
   if (root == nullptr || root[0] == '\0' || root[1] != kDriveColon) return kDriveNoRoot;
   const int drive = driveIndex(root[0]);
-  Held held;
+  Held held(viewLock);
   ensureLoaded();
-  if (drive < 0 || state.roots[drive] == nullptr) return kDriveNoRoot;
+  if (drive < 0 || rootOf(drive) == nullptr) return kDriveNoRoot;
   return isDirectory(state.roots[drive]) ? kDriveFixed : kDriveNoRoot;
 }
 
 std::uint32_t logicalDrives() {
-  Held held;
+  Held held(viewLock);
   ensureLoaded();
   std::uint32_t bits = 0;
   for (int d = 0; d < kDriveCount; ++d) {
-    if (state.roots[d] != nullptr && isDirectory(state.roots[d])) bits |= 1u << d;
+    if (rootOf(d) != nullptr && isDirectory(state.roots[d])) bits |= 1u << d;
   }
   return bits;
 }

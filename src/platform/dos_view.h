@@ -1,7 +1,10 @@
 // The DOS view's state and name resolution, beneath the DOS calls.
 //
 // The view holds, for the whole process: the host directory of each drive
-// letter, the DOS current directory, and the temporary directory. The drive
+// letter and the temporary directory. The current directory is the
+// process's own, read from the host at every call that needs it, so a
+// change made by anyone (bosstcwd, or the client's own chdir) is seen at
+// once. The drive
 // map comes from the environment variable ZU_DRIVES, a list such as
 // "D=/srv/data;E=/mnt/e" (a letter, '=', an absolute host directory; an
 // empty directory unmaps the letter); C: is "/" unless the list says
@@ -27,7 +30,7 @@ constexpr std::size_t kHostPathSize = 4096;
 constexpr const char* kDriveVariable = "ZU_DRIVES";
 constexpr const char* kTempVariable = "TMPDIR";
 
-// Reads the environment again and forgets the current directory.
+// Reads the environment again at the next call.
 void reset();
 
 // The host directory behind drive `index` (0 is A), null when unmapped.

@@ -169,7 +169,7 @@ TEST_F(PerThreadThreads, ManyThreadsAtOnce) {
 TEST_F(PerThreadThreads, RefusedRecordLeavesTheTableAsItWas) {
   zutest::FaultGuard faults;
   ASSERT_EQ(zu::heap::head(), nullptr) << "the first record needs the first system block";
-  zu::platform::faultArm(zu::platform::Fault::Block, 1);
+  zu::platform::hostFail(zu::platform::HostCall::malloc, 1, ENOMEM);
   EXPECT_EQ(mdsPerThreadInit(), 0);
   EXPECT_EQ(table(), nullptr);
 
@@ -178,7 +178,7 @@ TEST_F(PerThreadThreads, RefusedRecordLeavesTheTableAsItWas) {
   ZuThreadInfo* before = table();
   ASSERT_NE(before, nullptr);
   // Fill the heap, so that this thread's record needs a block that is refused.
-  zu::platform::faultArm(zu::platform::Fault::Block, 1, true);
+  zu::platform::hostFail(zu::platform::HostCall::malloc, 1, ENOMEM, true);
   std::vector<void*> fillers;
   for (std::uint32_t size : {256u, 64u, 1u}) {
     while (void* p = ramAlloc(size)) fillers.push_back(p);
@@ -191,7 +191,7 @@ TEST_F(PerThreadThreads, RefusedRecordLeavesTheTableAsItWas) {
   EXPECT_EQ(table()->nodeCount, 1u);
   EXPECT_EQ(table()->useCount, 1u);
 
-  zu::platform::faultDisarmAll();
+  zu::platform::hostRestoreAll();
   for (void* p : fillers) ramFree(p);
   other.run([] { mdsPerThreadTerm(); });
   EXPECT_TRUE(zutest::heapIsSound());

@@ -203,7 +203,7 @@ TEST_F(HeapTest, FailedResizeLeavesTheBlock) {
   void* p = ramAlloc(30);
   std::memcpy(p, "unchanged contents of 30 bytes", 30);
   void* wall = ramAlloc(kMinPayload - blockNeed(30) - kWord);
-  zu::platform::faultArm(zu::platform::Fault::Block, 1);
+  zu::platform::hostFail(zu::platform::HostCall::malloc, 1, ENOMEM);
   void* q = p;
   EXPECT_EQ(ramResize(&q, 1000), ZU_ERROR);
   EXPECT_EQ(q, p);
@@ -217,7 +217,7 @@ TEST_F(HeapTest, FailedResizeLeavesTheBlock) {
 }
 
 TEST_F(HeapTest, RefusedBlocksAndLimits) {
-  zu::platform::faultArm(zu::platform::Fault::Block, 1);
+  zu::platform::hostFail(zu::platform::HostCall::malloc, 1, ENOMEM);
   EXPECT_EQ(ramAlloc(10), nullptr);
   EXPECT_EQ(head(), nullptr) << "a refused segment leaves the chain as it was";
   EXPECT_EQ(ramAlloc(kMaxRequest + 1), nullptr);
@@ -228,9 +228,9 @@ TEST_F(HeapTest, RefusedBlocksAndLimits) {
   EXPECT_EQ(blockOf(largest), kMaxBlock);
   ramFree(largest);
 
-  zu::platform::faultArm(zu::platform::Fault::Block, 1);
+  zu::platform::hostFail(zu::platform::HostCall::malloc, 1, ENOMEM);
   EXPECT_EQ(ramAlloc64K(), nullptr);
-  zu::platform::faultArm(zu::platform::Fault::Block, 1);
+  zu::platform::hostFail(zu::platform::HostCall::malloc, 1, ENOMEM);
   EXPECT_EQ(ramAllocHuge(100), nullptr);
   ramFree64K(nullptr);
   ramFreeHuge(nullptr);

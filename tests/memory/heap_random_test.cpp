@@ -136,12 +136,12 @@ TEST_F(HeapTest, RandomRunAgainstShadowModel) {
 TEST_F(HeapTest, EverySystemBlockRefusedInTurn) {
   constexpr std::uint32_t kSeed = 7;
   constexpr int kSteps = 400;
-  zu::platform::faultArm(zu::platform::Fault::Block, 0);  // count only
+  zu::platform::hostFail(zu::platform::HostCall::malloc, 0, ENOMEM);  // count only
   run(kSeed, kSteps, false);
-  std::uint32_t blocks = zu::platform::faultCalls(zu::platform::Fault::Block);
+  std::uint32_t blocks = zu::platform::hostCalls(zu::platform::HostCall::malloc);
   ASSERT_GT(blocks, 10u);
   for (std::uint32_t n = 1; n <= blocks; ++n) {
-    zu::platform::faultArm(zu::platform::Fault::Block, n);
+    zu::platform::hostFail(zu::platform::HostCall::malloc, n, ENOMEM);
     RunResult r = run(kSeed, kSteps, true);
     EXPECT_EQ(r.refusals, 1u) << "refusing block " << n;
     ASSERT_FALSE(HasFailure()) << "refusing block " << n;

@@ -12,12 +12,12 @@
 #include "os/file.h"
 #include "os_fixture.h"
 #include "platform/dos.h"
-#include "platform/fault.h"
+#include "platform/host.h"
 
 namespace {
 
 using zu::platform::dos;
-using zu::platform::Fault;
+using zu::platform::HostCall;
 using zutest::s;
 using zutest::u;
 
@@ -198,7 +198,9 @@ TEST_F(Files, WritesGoOutInChunksOf65534) {
     std::uint32_t got = 0;
     ASSERT_EQ(bosFileRead(h, 0, back.data(), size + 1, &got), ZU_OK);
     EXPECT_EQ(got, size);
-    if (size != 0) EXPECT_EQ(back.substr(0, size), data);
+    if (size != 0) {
+      EXPECT_EQ(back.substr(0, size), data);
+    }
   }
   EXPECT_EQ(bosFileClose(h), ZU_OK);
 }
@@ -207,7 +209,7 @@ TEST_F(Files, FullDiskShortWritesAndFailedReadsGiveTheirRows) {
   const int h = open("FULL.DAT", ZU_OPEN_CREATE);
   ASSERT_NE(h, 0);
   const std::string data(65536, 'x');
-  zu::platform::faultArm(Fault::Write, 2);
+  zu::platform::hostFail(HostCall::write, 2, ENOSPC);
   EXPECT_EQ(bosFileWrite(h, 0, data.data(), 65536), ZU_ERROR);
   EXPECT_EQ(onlyError(), "1506 Insufficient disk space.");
   EXPECT_EQ(readHost("c/FULL.DAT").size(), 65534u) << "the first chunk went out";
@@ -217,11 +219,11 @@ TEST_F(Files, FullDiskShortWritesAndFailedReadsGiveTheirRows) {
   dos = zu::platform::kDefaultDosCalls;
   char buffer[8];
   std::uint32_t got = 99;
-  zu::platform::faultArm(Fault::Read, 1);
+  zu::platform::hostFail(HostCall::read, 1, EIO);
   EXPECT_EQ(bosFileRead(h, 0, buffer, sizeof buffer, &got), ZU_ERROR);
   EXPECT_EQ(onlyError(), "30041 Error on input or output to a file.");
   EXPECT_EQ(bosFileRead(h, 0, buffer, sizeof buffer, &got), ZU_OK) << "only the first read fails";
-  zu::platform::faultArm(Fault::Open, 1);
+  zu::platform::hostFail(HostCall::open, 1, EMFILE);
   EXPECT_EQ(open("FULL.DAT", 0), 0);
   EXPECT_EQ(onlyError(), "30040 Cannot open file 'FULL.DAT'.");
   EXPECT_EQ(bosFileClose(h), ZU_OK);
@@ -265,7 +267,7 @@ TEST_F(Files, RegionLocksTakenByOneHandleAreRefusedToAnother) {
   EXPECT_EQ(fcntl(fd, F_OFD_SETLK, &probe), -1);
   ::close(fd);
 
-  zu::platform::faultArm(Fault::Lock, 1);
+  zu::platform::hostFail(HostCall::fcntl, 1, EAGAIN);
   EXPECT_EQ(bosRegionLock(first, 0, 90, 1), ZU_ERROR);
   EXPECT_EQ(onlyError(), locked);
   EXPECT_EQ(bosRegionLock(first, 1, 10, 20), ZU_OK);

@@ -15,7 +15,7 @@
 #include "os/path.h"
 #include "platform/dos_impl.h"
 #include "platform/dos_view.h"
-#include "platform/fault.h"
+#include "platform/host.h"
 
 namespace zutest {
 namespace {
@@ -37,6 +37,11 @@ int openDescriptors() {
 }
 
 void DosWorld::SetUp() {
+  // The DOS current directory is the process's: the tests move it, so it is
+  // put back at the end.
+  char cwd[4096];
+  ASSERT_NE(getcwd(cwd, sizeof cwd), nullptr);
+  cwd_ = cwd;
   char pattern[] = "/tmp/zuos.XXXXXX";
   ASSERT_NE(mkdtemp(pattern), nullptr);
   root_ = pattern;
@@ -49,10 +54,11 @@ void DosWorld::SetUp() {
 }
 
 void DosWorld::TearDown() {
-  zu::platform::faultDisarmAll();
+  zu::platform::hostRestoreAll();
+  EXPECT_EQ(chdir(cwd_.c_str()), 0);
   zu::platform::dos = zu::platform::kDefaultDosCalls;
   ZuErrorKeeper::giveUpErrorList();
-  EXPECT_EQ(zu::platform::host::openHandleCount(), 0) << "a handle was left open";
+  EXPECT_EQ(zu::platform::files::openHandleCount(), 0) << "a handle was left open";
   EXPECT_EQ(openDescriptors(), descriptors_) << "a descriptor leaked";
   for (auto it = saved_.rbegin(); it != saved_.rend(); ++it) {
     if (it->second == kUnset) {

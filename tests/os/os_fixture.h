@@ -1,6 +1,7 @@
 // A private DOS world for each test: drives C: and D: mapped to fresh
 // directories under a temporary host directory (never the real root), the
-// temporary directory at C:\TEMP, the current directory C:\, and an error
+// temporary directory at C:\TEMP, the current directory C:\ (the process's,
+// put back at the end), and an error
 // list of the test's own. At the end it proves that no descriptor, handle or
 // DOS table entry was left behind.
 #ifndef ZU_TESTS_OS_OS_FIXTURE_H
@@ -46,6 +47,7 @@ class DosWorld : public ::testing::Test {
 
  private:
   std::string root_;
+  std::string cwd_;
   int descriptors_ = 0;
   ZuErrorList list_;
   std::vector<std::pair<std::string, std::string>> saved_;  // name, old value ("\1" = unset)

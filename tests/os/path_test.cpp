@@ -90,16 +90,16 @@ TEST_F(Paths, RelativeCutsWhatTheCurrentDirectoryShares) {
   EXPECT_EQ(relative("C:\\a\\B.TXT"), "\\a\\B.TXT") << "the comparison is exact";
 }
 
-TEST_F(Paths, CurrentDirectoryKeepsItsCaseAndIgnoresMissingOnes) {
+TEST_F(Paths, CurrentDirectoryIsTheHostsAndIgnoresMissingOnes) {
   unsigned char buffer[256];
   ASSERT_EQ(mkdir(host("c/A/Sub").c_str(), 0700), 0);
   EXPECT_EQ(bosstcwd(u("sub"), 0), ZU_OK);
   bosgtcwd(buffer, 0);
-  EXPECT_EQ(s(buffer), "C:\\A\\sub");
+  EXPECT_EQ(s(buffer), "C:\\A\\Sub") << "the host's own name";
   for (const char* ignored : {"", "C:\\NOWHERE", "Q:\\"}) {
     EXPECT_EQ(bosstcwd(u(ignored), 7), ZU_OK);
     bosgtcwd(buffer, 1);
-    EXPECT_EQ(s(buffer), "C:\\A\\sub\\");
+    EXPECT_EQ(s(buffer), "C:\\A\\Sub\\");
   }
   EXPECT_EQ(bosstcwd(u("d:/"), 0), ZU_OK);
   bosgtcwd(buffer, 1);

@@ -71,8 +71,10 @@ TEST_F(System, WalksRefusedMemoryEndAtOnce) {
     unsigned char name[256] = "*.*";
     unsigned char* files = nullptr;
     void* drives = nullptr;
+    // A search the host refuses is the end of the walk; only the context's
+    // own memory fails it.
     const bool found = bosFindFiles(&files, name) == ZU_OK;
-    EXPECT_EQ(found, files != nullptr);
+    EXPECT_TRUE(found || files == nullptr);
     while (files != nullptr) bosFindFiles(&files, name);
     const bool walked = bosGetFileSystems(&drives, name) == ZU_OK;
     EXPECT_EQ(walked, drives != nullptr) << "a refused walk is empty with a null context";

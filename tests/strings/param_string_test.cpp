@@ -112,9 +112,9 @@ TEST(ZuParamString, ValueWideningPastTheLimitFailsAndSilencesTheChain) {
 TEST(ZuParamString, FailedInitializeLeavesAnEmptyTextAndASilentChain) {
   zutest::FaultGuard faults;
   ZuParamString p;
-  zu::platform::faultArm(zu::platform::Fault::Block, 1, true);
+  zu::platform::hostFail(zu::platform::HostCall::malloc, 1, ENOMEM, true);
   EXPECT_EQ(p.initialize(u("%s1 and more")), ZU_ERROR);
-  zu::platform::faultDisarmAll();
+  zu::platform::hostRestoreAll();
   EXPECT_EQ(p.failed, 1u);
   EXPECT_EQ(p.length, 0u);
   EXPECT_EQ(p.bytes, nullptr);

@@ -254,7 +254,7 @@ TEST(ZuString, FoldingAndUnfoldingAreInverse) {
 // enough that no free space already in the heap can serve them.
 class StringMemoryFailure : public ::testing::Test {
  protected:
-  void refuseNewBlocks() { zu::platform::faultArm(zu::platform::Fault::Block, 1, true); }
+  void refuseNewBlocks() { zu::platform::hostFail(zu::platform::HostCall::malloc, 1, ENOMEM, true); }
   void TearDown() override { EXPECT_TRUE(zutest::heapIsSound()); }
   zutest::FaultGuard faults;
 };

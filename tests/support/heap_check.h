@@ -1,12 +1,12 @@
 // Test helpers around the heap: the full checker as a gtest assertion, and a
-// guard that disarms fault injection whatever way a test ends.
+// guard that puts the host table back whatever way a test ends.
 #ifndef ZU_TESTS_SUPPORT_HEAP_CHECK_H
 #define ZU_TESTS_SUPPORT_HEAP_CHECK_H
 
 #include <gtest/gtest.h>
 
 #include "memory/heap.h"
-#include "platform/fault.h"
+#include "platform/host.h"
 
 namespace zutest {
 
@@ -18,7 +18,7 @@ inline ::testing::AssertionResult heapIsSound() {
 
 struct FaultGuard {
   FaultGuard() = default;
-  ~FaultGuard() { zu::platform::faultDisarmAll(); }
+  ~FaultGuard() { zu::platform::hostRestoreAll(); }
   FaultGuard(const FaultGuard&) = delete;
   FaultGuard& operator=(const FaultGuard&) = delete;
 };

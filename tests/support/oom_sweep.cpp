@@ -3,7 +3,7 @@
 #include "errors/keeper.h"
 #include "frame/thread.h"
 #include "memory/heap.h"
-#include "platform/fault.h"
+#include "platform/host.h"
 #include "support/heap_check.h"
 
 namespace zutest {
@@ -31,7 +31,6 @@ std::uint32_t blocksInUse() {
 
 ::testing::AssertionResult sweepOutOfMemory(const std::function<bool()>& operation,
                                             SweepReport* report, std::uint32_t maxRuns) {
-  using zu::platform::Fault;
   ThreadRecord record;
   FaultGuard disarm;
   SweepReport local;
@@ -45,10 +44,10 @@ std::uint32_t blocksInUse() {
     {
       ZuErrorList list;
       ZuErrorKeeper::setErrorList(&list);
-      zu::platform::faultArm(Fault::Block, nth);
+      zu::platform::hostFail(zu::platform::HostCall::malloc, nth, ENOMEM);
       ok = operation();
-      refused = zu::platform::faultCalls(Fault::Block) >= nth;
-      zu::platform::faultDisarm(Fault::Block);
+      refused = zu::platform::hostFailed(zu::platform::HostCall::malloc);
+      zu::platform::hostRestore(zu::platform::HostCall::malloc);
       lastNumber = ZuErrorKeeper::getLastErrorNumber();
       ZuErrorKeeper::giveUpErrorList();
     }
