@@ -78,8 +78,9 @@ struct Failing<Call, Slot, R (*)(A...)> {
   static R invoke(A... args) {
     if constexpr (std::is_void_v<R>) {
       strike(Call);
-    } else {
-      if (strike(Call)) return failure<R>(Call);
+    } else if (strike(Call)) {
+      if (kForms[static_cast<unsigned>(Call)] == FailsAs::kAfterActing) (underneath.*Slot)(args...);
+      return failure<R>(Call);
     }
     return (underneath.*Slot)(args...);
   }

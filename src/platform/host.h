@@ -35,6 +35,8 @@ enum class FailsAs {
   kNull,        // returns null and sets errno
   kZero,        // returns 0 and sets errno
   kErrorValue,  // returns the error number itself (the pthread convention)
+  kAfterActing, // returns -1 and sets errno, but has done its work: the host
+                // releases a descriptor even when its close reports a failure
   kNever,       // cannot fail; an armed failure is counted and not delivered
 };
 
@@ -68,7 +70,7 @@ enum class FailsAs {
   X(environ, char**, (), ::environ, kNull)                                                        \
   /* Files and region locks */                                                                    \
   X(open, int, (const char* path, int flags, mode_t mode), ::open(path, flags, mode), kMinusOne)  \
-  X(close, int, (int fd), ::close(fd), kMinusOne)                                                 \
+  X(close, int, (int fd), ::close(fd), kAfterActing)                                                 \
   X(read, ssize_t, (int fd, void* buffer, std::size_t size), ::read(fd, buffer, size), kMinusOne) \
   X(write, ssize_t, (int fd, const void* buffer, std::size_t size), ::write(fd, buffer, size),    \
     kMinusOne)                                                                                    \
@@ -86,7 +88,7 @@ enum class FailsAs {
   /* Directories and the current directory */                                                     \
   X(opendir, DIR*, (const char* path), ::opendir(path), kNull)                                    \
   X(readdir, struct dirent*, (DIR * dir), ::readdir(dir), kNull)                                  \
-  X(closedir, int, (DIR * dir), ::closedir(dir), kMinusOne)                                       \
+  X(closedir, int, (DIR * dir), ::closedir(dir), kAfterActing)                                       \
   X(getcwd, char*, (char* buffer, std::size_t size), ::getcwd(buffer, size), kNull)               \
   X(chdir, int, (const char* path), ::chdir(path), kMinusOne)                                     \
   /* Libraries */                                                                                 \
