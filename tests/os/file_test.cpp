@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "os/file.h"
-#include "os_fixture.h"
+#include "support/dos_world.h"
 #include "platform/dos.h"
 #include "platform/host.h"
 

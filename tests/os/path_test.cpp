@@ -6,7 +6,7 @@
 #include <string>
 
 #include "os/path.h"
-#include "os_fixture.h"
+#include "support/dos_world.h"
 
 namespace {
 

@@ -11,7 +11,7 @@
 
 #include "os/file.h"
 #include "os/system.h"
-#include "os_fixture.h"
+#include "support/dos_world.h"
 #include "platform/dos.h"
 #include "platform/dos_view.h"
 #include "support/oom_sweep.h"
@@ -103,24 +103,6 @@ TEST_F(System, DrivesComeFromTheMapAndTheTemporaryDirectoryStaysValid) {
   EXPECT_EQ(s(name).substr(0, 5), "Z:\\ZU");
   EXPECT_EQ(bosFileClose(h), ZU_OK);
   EXPECT_EQ(hostNames("d/Long Temporary").size(), 1u);
-}
-
-TEST_F(System, TheViewFoldsDotsAndMatchesCase) {
-  ASSERT_EQ(mkdir(host("c/Mixed").c_str(), 0700), 0);
-  writeHost("c/Mixed/Name.Txt", "m");
-  char path[zu::platform::view::kHostPathSize];
-  using zu::platform::view::Want;
-  ASSERT_EQ(zu::platform::view::resolve(u("..\\..\\MIXED\\.\\name.TXT"), Want::kExisting, path, sizeof path),
-            zu::platform::kNoFailure);
-  EXPECT_EQ(std::string(path), host("c/Mixed/Name.Txt"));
-  ASSERT_EQ(zu::platform::view::resolve(u("/mixed/New.Txt"), Want::kCreatable, path, sizeof path),
-            zu::platform::kNoFailure);
-  EXPECT_EQ(std::string(path), host("c/Mixed/New.Txt"));
-  for (const char* missing : {"C:\\NONE\\X", "E:\\X", "\\\\SERVER\\X", "", "1:\\X"}) {
-    EXPECT_EQ(zu::platform::view::resolve(u(missing), Want::kCreatable, path, sizeof path),
-              zu::platform::kNoEntry)
-        << missing;
-  }
 }
 
 TEST_F(System, SisterLibrariesLoadByStemFromTheLibrarysDirectory) {

@@ -4,8 +4,8 @@
 // put back at the end), and an error
 // list of the test's own. At the end it proves that no descriptor, handle or
 // DOS table entry was left behind.
-#ifndef ZU_TESTS_OS_OS_FIXTURE_H
-#define ZU_TESTS_OS_OS_FIXTURE_H
+#ifndef ZU_TESTS_SUPPORT_DOS_WORLD_H
+#define ZU_TESTS_SUPPORT_DOS_WORLD_H
 
 #include <gtest/gtest.h>
 

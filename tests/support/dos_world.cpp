@@ -1,4 +1,4 @@
-#include "os_fixture.h"
+#include "support/dos_world.h"
 
 #include <dirent.h>
 #include <ftw.h>
