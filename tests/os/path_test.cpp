@@ -1,10 +1,12 @@
 // Paths as text: splitting, completing, relativising, the current
 // directory, and lines of a text, at their edges and limits.
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cstring>
 #include <string>
 
+#include "os/file.h"
 #include "os/path.h"
 #include "support/dos_world.h"
 
@@ -104,6 +106,49 @@ TEST_F(Paths, CurrentDirectoryIsTheHostsAndIgnoresMissingOnes) {
   EXPECT_EQ(bosstcwd(u("d:/"), 0), ZU_OK);
   bosgtcwd(buffer, 1);
   EXPECT_EQ(s(buffer), "D:\\");
+}
+
+TEST_F(Paths, TheCurrentDirectoryIsTheProcesssOwn) {
+  ASSERT_EQ(mkdir(host("c/Work").c_str(), 0700), 0);
+  writeHost("c/Work/data.txt", "w");
+  unsigned char buffer[256];
+  auto current = [&] {
+    bosgtcwd(buffer, 0);
+    return s(buffer);
+  };
+  auto opens = [](const char* given, std::uint32_t flags) {
+    unsigned char name[256];
+    std::strcpy(reinterpret_cast<char*>(name), given);
+    int h = 0;
+    const bool opened = bosFileOpen(name, flags, &h) == ZU_OK;
+    if (opened) bosFileClose(h);
+    return opened;
+  };
+  char cwd[4096];
+  ASSERT_NE(getcwd(cwd, sizeof cwd), nullptr);
+  EXPECT_EQ(std::string(cwd), host("c/A")) << "bosstcwd moved the host's directory";
+
+  ASSERT_EQ(chdir(host("c/Work").c_str()), 0);  // the client moves by itself
+  EXPECT_EQ(current(), "C:\\Work");
+  EXPECT_TRUE(opens("DATA.TXT", 0)) << "relative names follow at once";
+  EXPECT_EQ(full("data.txt"), "C:\\WORK\\DATA.TXT");
+
+  ASSERT_EQ(bosstcwd(u("D:\\"), 0), ZU_OK);
+  ASSERT_NE(getcwd(cwd, sizeof cwd), nullptr);
+  EXPECT_EQ(std::string(cwd), host("d"));
+  EXPECT_FALSE(opens("DATA.TXT", 0));
+
+  // A directory removed under the process, or one that no drive reaches,
+  // gives the root of the first drive.
+  ASSERT_EQ(mkdir(host("d/Gone").c_str(), 0700), 0);
+  ASSERT_EQ(bosstcwd(u("GONE"), 0), ZU_OK);
+  EXPECT_EQ(current(), "D:\\Gone");
+  ASSERT_EQ(rmdir(host("d/Gone").c_str()), 0);
+  EXPECT_EQ(current(), "C:\\");
+  EXPECT_TRUE(opens("NEW.TXT", ZU_OPEN_CREATE));
+  EXPECT_TRUE(hostExists("c/NEW.TXT"));
+  ASSERT_EQ(chdir("/"), 0);
+  EXPECT_EQ(current(), "C:\\");
 }
 
 TEST_F(Paths, LinesOfATextWithQuotesCommentsAndLimits) {
