@@ -41,9 +41,11 @@ std::uint32_t environmentNumber(const char* name, std::uint32_t fallback) {
   const char* largest = negative ? kLargestNegative : kLargestUnsigned;
   if (count == kMostDigits && std::memcmp(at, largest, kMostDigits) > 0) return fallback;
 
+  // The sign and digits alone, as the conversion reads to the NUL.
   unsigned char text[kNumberSize] = {'-'};
-  std::memcpy(text + (negative ? 1 : 0), at, count);
-  text[count + (negative ? 1 : 0)] = 0;
+  const std::size_t signBytes = negative ? 1 : 0;
+  std::memcpy(text + signBytes, at, count);
+  text[signBytes + count] = 0;
   if (negative) {
     std::int32_t number = 0;
     // Negation modulo 2^32, as the fields are unsigned.
