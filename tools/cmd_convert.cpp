@@ -95,7 +95,9 @@ int runConvert(const std::vector<std::string>& args) {
   const std::string& value = args[1];
   const std::string& to = args[2];
   const std::vector<std::string> extra(args.begin() + 3, args.end());
-  Type fromType, toType;
+  // Set only by a known type name; "hex" and "field" leave the target Text.
+  Type fromType = Type::Text;
+  Type toType = Type::Text;
   const bool knownTo = typeOf(to, &toType) || to == "hex" || to == "field";
   if (!typeOf(from, &fromType)) {
     return usageError("unknown type '" + from + "' (types: " + kTypeList + "; integers only)");

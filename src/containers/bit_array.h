@@ -13,6 +13,9 @@
 #include "frame/status.h"
 #include "memory/ram.h"
 
+// Invariants: either bits is null and bitCount 0, or bits is one heap block
+// of byteCount(bitCount) bytes. Every bit of that block exists, those past
+// bitCount included, and bits that no set() has touched are clear.
 class ZU_API ZuBitArray : public ZuObject {
  public:
   ZuBitArray() : bits(nullptr), bitCount(0) {}
@@ -30,6 +33,29 @@ class ZU_API ZuBitArray : public ZuObject {
     bitCount = count;
     clear();
     return ZU_OK;
+  }
+  // Makes room for `count` bits, keeping the bits set and clearing the new
+  // ones; an array whose storage already holds that many keeps it. On an
+  // array without storage this is initialize. On failure the memory error
+  // stands and the array is as it was.
+  ZuStatus grow(std::uint32_t count) {
+    if (bits == nullptr) return initialize(count);
+    if (count == 0 || hasBit(count - 1)) return ZU_OK;
+    const std::uint32_t oldBytes = byteCount(bitCount);
+    const std::uint32_t newBytes = byteCount(count);
+    auto* grown = static_cast<unsigned char*>(ramAlloc(newBytes));
+    if (grown == nullptr) return ZU_ERROR;
+    std::memcpy(grown, bits, oldBytes);
+    std::memset(grown + oldBytes, 0, newBytes - oldBytes);
+    ramFree(bits);
+    bits = grown;
+    bitCount = count;
+    return ZU_OK;
+  }
+  // Whether the storage has bit `index`: bits exist up to the end of the
+  // last byte, so a little beyond bitCount, and not at all without storage.
+  bool hasBit(std::uint32_t index) const {
+    return bits != nullptr && index / kBitsPerByte < byteCount(bitCount);
   }
   void clear() {
     if (bits != nullptr) std::memset(bits, 0, byteCount(bitCount));

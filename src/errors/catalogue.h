@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <span>
 
+#include "frame/from_above.h"  // catalogueLoad, which the frame's reports use
+
 namespace zu {
 
 // Longest text a load hands back; the loader cuts longer rows here.
@@ -26,9 +28,6 @@ const char* catalogueRow(std::uint16_t id);
 // size - 1 and never beyond kCatalogueTextMax, NUL terminated, as the
 // platform's string loader does. Returns the bytes copied.
 int catalogueCopy(const char* text, unsigned char* buffer, int size);
-
-// catalogueCopy of row `id`: 0 and an empty text for an unknown id.
-int catalogueLoad(std::uint16_t id, unsigned char* buffer, int size);
 
 }  // namespace zu
 

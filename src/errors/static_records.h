@@ -1,16 +1,14 @@
 // The two shared records, built at load in the fixed order of the static
-// objects (see frame/statics.cpp) and never deleted.
+// objects (see library.cpp) and never deleted.
 #ifndef ZUUTL_ERRORS_STATIC_RECORDS_H
 #define ZUUTL_ERRORS_STATIC_RECORDS_H
 
 #include <cstdint>
 
 #include "errors/error.h"
+#include "frame/from_above.h"  // kOutOfMemory
 
 namespace zu {
-
-// Number of the out-of-memory record.
-constexpr unsigned short kOutOfMemory = 30190;
 
 // A shared record: empty text in a one-byte buffer of its own, so reading it
 // as a C string neither allocates nor writes.

@@ -8,6 +8,11 @@
 
 #include "frame/api.h"
 
+// The two heap functions that new and delete below need, declared again
+// here as memory/ram.h declares them. The heap stands above the frame, yet
+// the frame's own records are objects, and these operators must stay inline
+// so that clients' subclasses get them too: the header cannot include the
+// heap's, so it names just these two and the heap supplies them.
 ZU_API void* ramAlloc(std::uint32_t size);
 ZU_API void ramFree(const void* block);
 

@@ -2,9 +2,8 @@
 
 #include <atomic>
 #include <cstdio>
-#include <cstring>
 
-#include "errors/catalogue.h"
+#include "frame/from_above.h"
 #include "frame/statics.h"
 #include "frame/task.h"
 #include "platform/platform.h"
@@ -37,6 +36,9 @@ constexpr std::uint16_t kRowFreeCaption = 1537;
 constexpr int kReportSize = 512;
 constexpr int kCaptionSize = 80;
 constexpr int kLabelSize = 40;
+// A loaded label never holds more; the pool report's format says so, which
+// also lets the compiler see that the four lines fit the body.
+constexpr int kLabelText = kLabelSize - 1;
 
 // Labels, loaded once per process on the first report.
 struct ReportLabels {
@@ -78,9 +80,10 @@ void reportPool() {
   char body[kReportSize];
   const unsigned char* request =
       (semaphorePool.control & kControlRequestSpin) != 0 ? l.spinType : l.systemType;
-  std::snprintf(body, sizeof body, "%s: %s\r\n%s: %d\r\n%s: %d\r\n%s: %d\r\n", text(l.requestType),
-                text(request), text(l.osLimit), static_cast<int>(osLimit()), text(l.spinCount),
-                static_cast<int>(effectiveSpinCount()), text(l.yieldTime),
+  std::snprintf(body, sizeof body, "%.*s: %.*s\r\n%.*s: %d\r\n%.*s: %d\r\n%.*s: %d\r\n",
+                kLabelText, text(l.requestType), kLabelText, text(request), kLabelText,
+                text(l.osLimit), static_cast<int>(osLimit()), kLabelText, text(l.spinCount),
+                static_cast<int>(effectiveSpinCount()), kLabelText, text(l.yieldTime),
                 static_cast<int>(semaphorePool.yieldTime));
   sys.report(l.poolCaption, reinterpret_cast<const unsigned char*>(body));
 }
@@ -93,25 +96,10 @@ void reportSemaphore(const unsigned char* caption, const char* format, bool syst
   sys.report(caption, reinterpret_cast<const unsigned char*>(body));
 }
 
-// A decimal number with an optional sign; `fallback` when the text holds none.
-std::uint32_t parseDecimal(const unsigned char* value, std::uint32_t fallback) {
-  if (value == nullptr) return fallback;
-  bool negative = false;
-  if (*value == '+' || *value == '-') negative = *value++ == '-';
-  if (*value < '0' || *value > '9') return fallback;
-  std::uint32_t number = 0;
-  while (*value >= '0' && *value <= '9') number = number * 10 + (*value++ - '0');
-  return negative ? 0u - number : number;
-}
-
-std::uint32_t readVariable(const char* name, std::uint32_t fallback) {
-  return parseDecimal(bosGetEnv(reinterpret_cast<const unsigned char*>(name)), fallback);
-}
-
 void configurePool() {
-  semaphorePool.spinCount = readVariable("ZU_SPIN_COUNT", kDefaultSpinCount);
-  semaphorePool.yieldTime = readVariable("ZU_SPIN_SLEEP", kDefaultYieldTime);
-  semaphorePool.control = readVariable("ZU_SEMCONTROL", kDefaultControl);
+  semaphorePool.spinCount = zu::environmentNumber("ZU_SPIN_COUNT", kDefaultSpinCount);
+  semaphorePool.yieldTime = zu::environmentNumber("ZU_SPIN_SLEEP", kDefaultYieldTime);
+  semaphorePool.control = zu::environmentNumber("ZU_SEMCONTROL", kDefaultControl);
   std::atomic_ref<std::uint32_t>(semaphorePool.remaining).store(osLimit());
   semaphorePool.initialised = 1;
   if (reportsOn()) reportPool();
@@ -197,22 +185,6 @@ void ZuSemaphore::unlock() {
 }
 
 void bosMemUnLock(std::uint32_t* word) { zu::platform::atomicExchange(word, 0); }
-
-unsigned char* bosGetEnv(const unsigned char* name) {
-  char** block = sys.environment();
-  if (block == nullptr || name == nullptr) return nullptr;
-  std::size_t length = std::strlen(reinterpret_cast<const char*>(name));
-  for (char** entry = block; *entry != nullptr; ++entry) {
-    // Only the name's bytes are compared, and the byte after them is taken
-    // to be '=' unseen: a longer name that starts the same matches too.
-    if (std::strncmp(*entry, reinterpret_cast<const char*>(name), length) == 0) {
-      char* value = *entry + length;
-      // An entry that is nothing but the name has no byte to skip.
-      return reinterpret_cast<unsigned char*>(*value != '\0' ? value + 1 : value);
-    }
-  }
-  return nullptr;
-}
 
 void zuSetReportHook(ZuReportHook hook) {
   sys.report = hook != nullptr ? hook : zu::platform::kDefaultCalls.report;

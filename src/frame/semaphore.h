@@ -21,6 +21,8 @@ struct ZU_API ZuSemaphoreInfo {
   ~ZuSemaphoreInfo();
 };
 
+// Invariants: allocatedType is 1 exactly when handle is a live system
+// semaphore; a spin lock has a null handle and uses spinWord alone.
 struct ZU_API ZuSemaphore {
   std::uint32_t owner;          // holder's thread id, 0 when free; never read
   std::uint32_t allocatedType;  // 1 system semaphore, 0 spin lock

@@ -1,5 +1,6 @@
-// The library's static objects, all defined in statics.cpp in the one order
-// that construction at load must follow (and destruction reverses).
+// The frame's static objects. All of the library's static objects are
+// defined in library.cpp, in the one order that construction at load must
+// follow (and destruction reverses).
 #ifndef ZUUTL_FRAME_STATICS_H
 #define ZUUTL_FRAME_STATICS_H
 

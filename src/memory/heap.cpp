@@ -7,7 +7,7 @@
 #include <cassert>
 #include <cstring>
 
-#include "errors/memory_failure.h"
+#include "frame/from_above.h"
 #include "frame/hold.h"
 #include "frame/statics.h"
 #include "frame/task.h"
@@ -248,7 +248,7 @@ using namespace zu::heap;
 
 void* ramAlloc(std::uint32_t size) {
   void* p = allocate(size);
-  if (p == nullptr) zu::recordMemoryFailure();  // with no lock held
+  if (p == nullptr) zu::recordFailure(zu::kOutOfMemory);  // with no lock held
   return p;
 }
 
@@ -298,7 +298,7 @@ std::uint32_t ramSize(const void* block) {
 
 ZuStatus ramResize(void** block, std::uint32_t size) {
   if (size > kMaxRequest) {
-    zu::recordMemoryFailure();
+    zu::recordFailure(zu::kOutOfMemory);
     return ZU_ERROR;
   }
   std::uint32_t need = blockNeed(size);
@@ -358,7 +358,7 @@ constexpr std::uint64_t kAllocOkAbove = 400000;
 
 void* ramAlloc64K() {
   void* p = sys.blockAlloc(k64K);
-  if (p == nullptr) zu::recordMemoryFailure();
+  if (p == nullptr) zu::recordFailure(zu::kOutOfMemory);
   return p;
 }
 
@@ -368,7 +368,7 @@ void ramFree64K(const void* block) {
 
 void* ramAllocHuge(std::uint32_t size) {
   void* p = sys.blockAlloc(size);
-  if (p == nullptr) zu::recordMemoryFailure();
+  if (p == nullptr) zu::recordFailure(zu::kOutOfMemory);
   return p;
 }
 

@@ -1,10 +1,7 @@
 #include "parsing/value_parser.h"
 
-#include <cstring>
-
 #include "containers/association.h"
 #include "errors/message.h"
-#include "memory/ram.h"
 #include "parsing/parsing_messages.h"
 
 namespace {
@@ -13,7 +10,6 @@ constexpr unsigned short kEquals = '=';
 constexpr unsigned short kAddedQuote = '\'';
 // Bytes that make addAttribute quote a value, beside the separator.
 constexpr unsigned char kQuoteTriggers[] = {'\'', '"'};
-constexpr std::uint32_t kBitsPerByte = 8;
 
 unsigned short indexOf(ZuValueParser& p, const ZuSubString* key) {
   return p.attributes.getIndexForKey(key);
@@ -29,36 +25,20 @@ const ZuSubString* valueAt(ZuValueParser& p, unsigned short index) {
   return static_cast<const ZuSubString*>(p.attributes.getPtrDataAtIndex(index));
 }
 
-// Bits exist up to the end of the last byte of the array, and not at all
-// without a successful initialize.
-bool hasBit(const ZuValueParser& p, std::uint32_t index) {
-  const ZuBitArray& b = p.usedBits;
-  return b.bits != nullptr && index < (b.bitCount / kBitsPerByte + 1) * kBitsPerByte;
-}
-
 bool isUsed(const ZuValueParser& p, std::uint32_t index) {
-  return hasBit(p, index) && p.usedBits.test(index) != 0;
+  return p.usedBits.hasBit(index) && p.usedBits.test(index) != 0;
 }
 
 void markUsed(ZuValueParser& p, std::uint32_t index) {
-  if (hasBit(p, index)) p.usedBits.set(index);
+  if (p.usedBits.hasBit(index)) p.usedBits.set(index);
 }
 
 // Gives a parsed table a clear bit at `index`, keeping the bits it has, so
 // that an attribute added later can be asked for and marked like the rest.
 ZuStatus makeBitFor(ZuValueParser& p, std::uint32_t index) {
-  ZuBitArray& b = p.usedBits;
-  if (b.bits == nullptr || hasBit(p, index)) return ZU_OK;
-  const std::uint32_t oldBytes = b.bitCount / kBitsPerByte + 1;
-  const std::uint32_t newBytes = (index + 1) / kBitsPerByte + 1;
-  auto* grown = static_cast<unsigned char*>(ramAlloc(newBytes));
-  if (grown == nullptr) return ZU_ERROR;
-  std::memcpy(grown, b.bits, oldBytes);
-  std::memset(grown + oldBytes, 0, newBytes - oldBytes);
-  ramFree(b.bits);
-  b.bits = grown;
-  b.bitCount = index + 1;
-  return ZU_OK;
+  // A table that was never parsed has no bits to give.
+  if (p.usedBits.bits == nullptr) return ZU_OK;
+  return p.usedBits.grow(index + 1);
 }
 
 // Records a fault at the current token, the one at fault.

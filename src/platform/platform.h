@@ -1,6 +1,6 @@
-// The narrow layer between the library and the host. Nothing above this
-// folder calls the OS: every system service goes through the table `sys`,
-// which is also where tests replace a call or make the Nth one fail.
+// The system services the frame and the heap use: system blocks,
+// semaphores, sleep, identity and reports. Written against the host table
+// (host.h); tests replace an entry here to change a service as a whole.
 #ifndef ZUUTL_PLATFORM_PLATFORM_H
 #define ZUUTL_PLATFORM_PLATFORM_H
 
@@ -25,7 +25,6 @@ struct Calls {
   void (*sleepMs)(std::uint32_t ms);  // 0 gives up the rest of the slice
   std::uint32_t (*processId)();
   std::uint32_t (*threadId)();
-  char** (*environment)();  // the live environment block, read in place
 
   // Reports to a person; standard error by default.
   void (*report)(const unsigned char* caption, const unsigned char* text);

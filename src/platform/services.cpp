@@ -76,8 +76,6 @@ std::uint32_t threadId() {
   return cachedThreadId;
 }
 
-char** environment() { return host.environ(); }
-
 void writeAll(const unsigned char* text) {
   std::size_t left = std::strlen(reinterpret_cast<const char*>(text));
   while (left > 0) {
@@ -108,7 +106,6 @@ constexpr Calls kDefaultCalls = {
     .sleepMs = sleepMs,
     .processId = processId,
     .threadId = threadId,
-    .environment = environment,
     .report = report,
 };
 

@@ -3,7 +3,7 @@
 // past its count.
 #include <cstdint>
 
-#include "errors/message.h"
+#include "frame/from_above.h"
 #include "strings/convert.h"
 #include "strings/substring.h"
 #include "strings/string_messages.h"
@@ -55,7 +55,7 @@ struct Reader {
 };
 
 ZuStatus refuse(unsigned short id, const ZuSubString& quoted) {
-  addMessageError(id) << quoted;
+  zu::recordFailure(id, quoted.getBytes(), quoted.getLength());
   return ZU_ERROR;
 }
 

@@ -1,6 +1,7 @@
 // Hexadecimal digits of numbers and bytes, and their decoding.
-#include "errors/message.h"
 #include "strings/hex.h"
+
+#include "frame/from_above.h"
 #include "strings/string_messages.h"
 
 namespace {
@@ -61,7 +62,7 @@ ZuStatus dehexify(unsigned char* dst, const unsigned char* src, std::uint32_t co
   for (std::uint32_t i = 0; i < count; ++i) {
     const int nibble = nibbleOf(src[i]);
     if (nibble < 0) {
-      addMessageError(zu::msg::kHexInvalid);
+      zu::recordFailure(zu::msg::kHexInvalid);
       return ZU_ERROR;
     }
     if (high) {

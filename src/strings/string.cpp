@@ -3,7 +3,7 @@
 // reallocation per append.
 #include <cstdint>
 
-#include "errors/message.h"
+#include "frame/from_above.h"
 #include "memory/ram.h"
 #include "strings/bytes.h"
 #include "strings/convert.h"
@@ -120,7 +120,7 @@ ZuStatus ZuString::ensureRoom(std::uint32_t n) {
 
 ZuStatus ZuString::resize(std::uint32_t size) {
   if (size > kMaxBuffer || ownsBuffer == 0) {
-    addMessageError(zu::msg::kStringTooLarge);
+    zu::recordFailure(zu::msg::kStringTooLarge);
     return ZU_ERROR;
   }
   if (bytes == nullptr) {
