@@ -3,6 +3,7 @@
 // the catalogue, and the records the string layer's refusals leave.
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <string>
 
 #include "errors/keeper.h"
@@ -163,28 +164,29 @@ TEST_F(ErrorListTest, CatalogueRowsTakeTheirParameters) {
 }
 
 TEST_F(ErrorListTest, StringRefusalsLeaveTheirRecords) {
-  std::uint32_t value = 0;
-  EXPECT_EQ(convert(u(" +4294967296 "), &value), ZU_ERROR);
-  EXPECT_EQ(text(list.getLastError()), "Number too large: 4294967296 ");
-  EXPECT_EQ(convert(u("12z4"), &value), ZU_ERROR);
-  EXPECT_EQ(text(list.getLastError()), "Number contains an invalid character: 12z4");
-  std::int32_t i = 0;
-  EXPECT_EQ(convert(u("-2147483649"), &i), ZU_ERROR);
-  EXPECT_EQ(text(list.getLastError()), "Number too large: 2147483649");
+  std::uint32_t wide = 0;
+  std::int32_t negative = 0;
   unsigned short narrow = 0;
-  EXPECT_EQ(convert(u(" 70000"), &narrow), ZU_ERROR);
-  EXPECT_EQ(text(list.getLastError()), "Number too large:  70000");
-  // The counted form quotes no further than its count.
-  EXPECT_EQ(convert(u("99999 and more"), 5, &narrow), ZU_ERROR);
-  EXPECT_EQ(text(list.getLastError()), "Number too large: 99999");
   unsigned char out[4];
-  EXPECT_EQ(dehexify(out, u("0G"), 2), ZU_ERROR);
-  EXPECT_EQ(ZuErrorKeeper::getLastErrorNumber(), 2708);
   unsigned char lent[4];
   ZuString s;
   s.initializeWithBuffer(lent, sizeof lent, 0);
-  EXPECT_EQ(s.concat(u("12345")), ZU_ERROR);
-  EXPECT_EQ(text(list.getLastError()), "Cannot handle strings larger than 65500 bytes.");
+  // The counted form quotes no further than its count.
+  const std::pair<std::function<ZuStatus()>, const char*> cases[] = {
+      {[&] { return convert(u(" +4294967296 "), &wide); }, "Number too large: 4294967296 "},
+      {[&] { return convert(u("12z4"), &wide); }, "Number contains an invalid character: 12z4"},
+      {[&] { return convert(u("-2147483649"), &negative); }, "Number too large: 2147483649"},
+      {[&] { return convert(u(" 70000"), &narrow); }, "Number too large:  70000"},
+      {[&] { return convert(u("99999 and more"), 5, &narrow); }, "Number too large: 99999"},
+      {[&] { return dehexify(out, u("0G"), 2); },
+       "Invalid hexidecimal character found during conversion."},
+      {[&] { return s.concat(u("12345")); }, "Cannot handle strings larger than 65500 bytes."},
+  };
+  for (const auto& [refused, words] : cases) {
+    SCOPED_TRACE(words);
+    EXPECT_EQ(refused(), ZU_ERROR);
+    EXPECT_EQ(text(list.getLastError()), words);
+  }
   EXPECT_EQ(list.nodeCount, 7u);
 }
 

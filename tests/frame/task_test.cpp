@@ -5,6 +5,8 @@
 #include "frame/object.h"
 #include "frame/statics.h"
 #include "frame/task.h"
+#include "memory/ram.h"
+#include "support/heap_check.h"
 
 TEST(Frame, TaskCountsAndSlots) {
   ZuTaskInfo fresh;
@@ -26,13 +28,6 @@ TEST(Frame, TaskCountsAndSlots) {
   EXPECT_EQ(mdsIsTaskInit(), 0u);
   mdsPerTaskInit();
   task->initCount = before;
-
-  static int value = 5;
-  const auto slot = static_cast<PerTaskData>(7);
-  mdsSetPerTaskData(slot, &value);
-  EXPECT_EQ(mdsGetPerTaskData(slot), &value);
-  EXPECT_EQ(mdsGetPerTaskDataAddress(slot), &task->slots[7]);
-  mdsSetPerTaskData(slot, nullptr);
 }
 
 TEST(Frame, Identity) {
@@ -56,13 +51,14 @@ TEST(Frame, EntryPointKeepsTheFirstHandle) {
 
 namespace {
 struct Counted : ZuObject {
-  static int built;
-  Counted() { ++built; }
-  short compare(const ZuObject*) const override { return 9; }
+  explicit Counted(int* deaths) : deaths(deaths) {}
+  ~Counted() override { ++*deaths; }
+  int* deaths;
+  char payload[40];
 };
-int Counted::built = 0;
 }  // namespace
 
+// Objects live on the library heap and go through the virtual destructor.
 TEST(Frame, ObjectRoot) {
   ZuObject root;
   EXPECT_EQ(root.compare(nullptr), 0);
@@ -70,11 +66,11 @@ TEST(Frame, ObjectRoot) {
   Counted* none = nullptr;
   delete none;  // does nothing
 
-  int before = Counted::built;
-  Counted* c = new Counted;
-  ASSERT_NE(c, nullptr);
-  EXPECT_EQ(Counted::built, before + 1);
-  ZuObject* asRoot = c;
-  EXPECT_EQ(asRoot->compare(nullptr), 9);
+  int deaths = 0;
+  ZuObject* asRoot = new Counted(&deaths);
+  ASSERT_NE(asRoot, nullptr);
+  EXPECT_EQ(ramSize(asRoot), sizeof(Counted));
   delete asRoot;
+  EXPECT_EQ(deaths, 1);
+  EXPECT_TRUE(zutest::heapIsSound());
 }

@@ -61,18 +61,68 @@ TEST(ZuScanner, EmptyAndBlankTextsEndAtTheirLength) {
   EXPECT_EQ(t.bytes, nullptr);
 }
 
-TEST(ZuScanner, WordsNumbersAndOperators) {
-  EXPECT_EQ(scan("SELECT *"), "2:SELECT|42:*|1:");
-  EXPECT_EQ(scan("a<=b"), "2:a|" + std::to_string(pair('<', '=')) + ":<=|2:b|1:");
-  EXPECT_EQ(scan("1.5"), "9:1.5|1:");
-  EXPECT_EQ(scan("1.5,"), "5:1.5|44:,|1:");
-  EXPECT_EQ(scan(".5 . 1. x"), "5:.5|46:.|5:1.|2:x|1:");
-  EXPECT_EQ(scan("1e5 -5 1.2.3"), "5:1|2:e5|45:-|5:5|5:1.2|9:.3|1:");
-  EXPECT_EQ(scan("abc#"), "2:abc|35:#|1:");
-  EXPECT_EQ(scan("_x9 \xC8\xE9 \xD7 \xF7"), "2:_x9|2:\xC8\xE9|10:\xD7|10:\xF7|1:");
-  EXPECT_EQ(scan("[^~\x01\x80\xBF"), "10:[|10:^|10:~|10:\x01|10:\x80|10:\xBF|1:");
-  EXPECT_EQ(scan("--x"), "11565:--|2:x|1:");
-  EXPECT_EQ(scan("<>=!"), std::to_string(pair('<', '>')) + ":<>|61:=|33:!|1:");
+// Every token up to the end for one text, option set and search mode.
+TEST(ZuScanner, TokensOfEachKindUnderEachOption) {
+  const Options noQuotes = [](ZuScanner& s) { s.quote1 = s.quote2 = s.quote3 = 0; };
+  const Options parens = [](ZuScanner& s) { s.parenBlocks = 1; };
+  const Options braces = [](ZuScanner& s) { s.braceBlocks = 1; };
+  const Options brackets = [](ZuScanner& s) { s.blockOpen = '[', s.blockClose = ']'; };
+  const Options comments = [](ZuScanner& s) { s.comments = 1; };
+  const Options commas = [](ZuScanner& s) { s.delimiterChars.concat(u(",")); };
+  const Options dash = [](ZuScanner& s) { s.wordPartChars.concat(u("-")); };
+  const Options lineStart = [](ZuScanner& s) { s.wordStartChars.concat(u("\n")); };
+  const SearchType bare = ZU_SEARCH_BARE, hash = ZU_SEARCH_HASH_NAME;
+  struct Case {
+    const char* input;
+    const char* tokens;  // two-byte operators are typed 256 * first + second
+    Options options = {};
+    SearchType type = ZU_SEARCH_NORMAL;
+  };
+  const Case cases[] = {
+      {"SELECT *", "2:SELECT|42:*|1:"},
+      {"a<=b", "2:a|15421:<=|2:b|1:"},
+      {"1.5", "9:1.5|1:"},
+      {"1.5,", "5:1.5|44:,|1:"},
+      {".5 . 1. x", "5:.5|46:.|5:1.|2:x|1:"},
+      {"1e5 -5 1.2.3", "5:1|2:e5|45:-|5:5|5:1.2|9:.3|1:"},
+      {"abc#", "2:abc|35:#|1:"},
+      {"_x9 \xC8\xE9 \xD7 \xF7", "2:_x9|2:\xC8\xE9|10:\xD7|10:\xF7|1:"},
+      {"[^~\x01\x80\xBF", "10:[|10:^|10:~|10:\x01|10:\x80|10:\xBF|1:"},
+      {"--x", "11565:--|2:x|1:"},
+      {"<>=!", "15422:<>|61:=|33:!|1:"},
+      {"'\"`", "39:'|34:\"|96:`|1:", noQuotes},
+      // A doubled quote at the end leaves the text open.
+      {"'it''s' x", "3:'it''s'|2:x|1:"},
+      {"'abc", "4:'abc|1:"},
+      {"''", "3:''|1:"},
+      {"'ab''", "4:'ab''|1:"},
+      {"'''", "4:'''|1:"},
+      {"\"a'b\"`c\"d`", "3:\"a'b\"|3:`c\"d`|1:"},
+      {"'x'", "3:'x'|1:", {}, bare},
+      {"(a,(b),')') x", "3:(a,(b),')')|2:x|1:", parens},
+      {"(a,(b)", "4:(a,(b)|1:", parens},
+      {"(a 'b)", "4:(a 'b)|1:", parens},
+      {"{fn NOW()}", "123:{|2:fn|2:NOW|40:(|41:)|125:}|1:"},
+      {"{fn NOW()}", "3:{fn NOW()}|1:", braces},
+      {"[a[b]c]", "3:[a[b]c]|1:", brackets},
+      {"[a", "4:[a|1:", brackets},
+      {"a -- note\r\nb", "2:a|11:-- note\r|2:b|1:", comments},
+      {"-- to the end", "11:-- to the end|1:", comments},
+      {"/* a */b /*/ c", "11:/* a */|2:b|11:/*/ c|1:", comments},
+      {"/**/-", "11:/**/|45:-|1:", comments},
+      {"abc# #tmp$1 #", "7:abc#|7:#tmp$1|7:#|1:", {}, hash},
+      {"C:\\dir\\f.txt,x", "6:C:\\dir\\f.txt|44:,|6:x|1:", {}, bare},
+      {",a'b|c", "44:,|6:a'b|124:||6:c|1:", {}, bare},
+      {"ab cd,ef gh", "2:ab cd|44:,|2:ef gh|1:", commas},
+      {"12 x,'a,b'", "2:12 x|44:,|3:'a,b'|1:", commas},
+      {"ab-cd -ab", "2:ab-cd|45:-|2:ab|1:", dash},
+      {" \nab", "2:\nab|1:", lineStart},
+      {"#a b,c", "7:#a b|44:,|7:c|1:", commas, hash},  // with delimiters, a hash name runs on
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.input);
+    EXPECT_EQ(scan(c.input, c.options, c.type), c.tokens);
+  }
 }
 
 TEST(ZuScanner, OperatorTable) {
@@ -83,58 +133,6 @@ TEST(ZuScanner, OperatorTable) {
   for (char op : std::string("=+&|-/*><!?,().;:{}$#%@")) {
     EXPECT_EQ(scan(std::string(1, op) + "a"), std::to_string(op) + ":" + op + "|2:a|1:") << op;
   }
-  const Options noQuotes = [](ZuScanner& s) { s.quote1 = s.quote2 = s.quote3 = 0; };
-  EXPECT_EQ(scan("'\"`", noQuotes), "39:'|34:\"|96:`|1:");
-}
-
-TEST(ZuScanner, QuotedTexts) {
-  EXPECT_EQ(scan("'it''s' x"), "3:'it''s'|2:x|1:");
-  EXPECT_EQ(scan("'abc"), "4:'abc|1:");
-  EXPECT_EQ(scan("''"), "3:''|1:");
-  EXPECT_EQ(scan("'ab''"), "4:'ab''|1:") << "a doubled quote at the end leaves it open";
-  EXPECT_EQ(scan("'''"), "4:'''|1:");
-  EXPECT_EQ(scan("\"a'b\"`c\"d`"), "3:\"a'b\"|3:`c\"d`|1:");
-  EXPECT_EQ(scan("'x'", {}, ZU_SEARCH_BARE), "3:'x'|1:");
-}
-
-TEST(ZuScanner, Blocks) {
-  const Options parens = [](ZuScanner& s) { s.parenBlocks = 1; };
-  EXPECT_EQ(scan("(a,(b),')') x", parens), "3:(a,(b),')')|2:x|1:");
-  EXPECT_EQ(scan("(a,(b)", parens), "4:(a,(b)|1:");
-  EXPECT_EQ(scan("(a 'b)", parens), "4:(a 'b)|1:");
-  EXPECT_EQ(scan("{fn NOW()}"), "123:{|2:fn|2:NOW|40:(|41:)|125:}|1:");
-  EXPECT_EQ(scan("{fn NOW()}", [](ZuScanner& s) { s.braceBlocks = 1; }), "3:{fn NOW()}|1:");
-  const Options brackets = [](ZuScanner& s) {
-    s.blockOpen = '[';
-    s.blockClose = ']';
-  };
-  EXPECT_EQ(scan("[a[b]c]", brackets), "3:[a[b]c]|1:");
-  EXPECT_EQ(scan("[a", brackets), "4:[a|1:");
-}
-
-TEST(ZuScanner, Comments) {
-  const Options on = [](ZuScanner& s) { s.comments = 1; };
-  EXPECT_EQ(scan("a -- note\r\nb", on), "2:a|11:-- note\r|2:b|1:");
-  EXPECT_EQ(scan("-- to the end", on), "11:-- to the end|1:");
-  EXPECT_EQ(scan("/* a */b /*/ c", on), "11:/* a */|2:b|11:/*/ c|1:");
-  EXPECT_EQ(scan("/**/-", on), "11:/**/|45:-|1:");
-}
-
-TEST(ZuScanner, SearchModes) {
-  EXPECT_EQ(scan("abc# #tmp$1 #", {}, ZU_SEARCH_HASH_NAME), "7:abc#|7:#tmp$1|7:#|1:");
-  EXPECT_EQ(scan("C:\\dir\\f.txt,x", {}, ZU_SEARCH_BARE), "6:C:\\dir\\f.txt|44:,|6:x|1:");
-  EXPECT_EQ(scan(",a'b|c", {}, ZU_SEARCH_BARE), "44:,|6:a'b|124:||6:c|1:");
-}
-
-TEST(ZuScanner, CharacterSets) {
-  const Options commas = [](ZuScanner& s) { s.delimiterChars.concat(u(",")); };
-  EXPECT_EQ(scan("ab cd,ef gh", commas), "2:ab cd|44:,|2:ef gh|1:");
-  EXPECT_EQ(scan("12 x,'a,b'", commas), "2:12 x|44:,|3:'a,b'|1:");
-  const Options dash = [](ZuScanner& s) { s.wordPartChars.concat(u("-")); };
-  EXPECT_EQ(scan("ab-cd -ab", dash), "2:ab-cd|45:-|2:ab|1:");
-  EXPECT_EQ(scan(" \nab", [](ZuScanner& s) { s.wordStartChars.concat(u("\n")); }), "2:\nab|1:");
-  // With a delimiter set, a hash name runs on like a word.
-  EXPECT_EQ(scan("#a b,c", commas, ZU_SEARCH_HASH_NAME), "7:#a b|44:,|7:c|1:");
 }
 
 TEST(ZuScanner, DelimitedFields) {

@@ -119,20 +119,27 @@ TEST_F(ValueParser, GrammarAcceptsAndRefusesAtTheTokenAtFault) {
 }
 
 TEST_F(ValueParser, RepeatedKeywordIsRefusedWhenReadInAnyCase) {
-  {
-    Parsed p("a=1;A=2");
+  struct Case {
+    const char *input, *name;
+    unsigned short number;
+    std::string words;
+    const char* table;
+  };
+  const Case cases[] = {
+      {"a=1;A=2", nullptr, kParseAtOffset, atOffset(4) + " Attribute 'A' specified more than once.", "a=1"},
+      // Refused before its missing '=' is seen.
+      {"UID=a;uId", nullptr, kParseAtOffset, atOffset(6) + " Attribute 'uId' specified more than once.", "UID=a"},
+      {"UID=a;UID=b", "x.dsn", kParseNamedAtOffset,
+       "Error parsing x.dsn at offset 6. Attribute 'UID' specified more than once.", "UID=a"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.input);
+    Parsed p(c.input, ';', c.name);
     EXPECT_EQ(p.status, ZU_ERROR);
-    EXPECT_EQ(lastText(), atOffset(4) + " Attribute 'A' specified more than once.");
-  }
-  {
-    Parsed p("UID=a;uId");  // before its missing '=' is seen
-    EXPECT_EQ(lastText(), atOffset(6) + " Attribute 'uId' specified more than once.");
-  }
-  {
-    Parsed p("UID=a;UID=b", ';', "x.dsn");
-    EXPECT_EQ(ZuErrorKeeper::getLastErrorNumber(), kParseNamedAtOffset);
-    EXPECT_EQ(lastText(), "Error parsing x.dsn at offset 6. Attribute 'UID' specified more than once.");
-    EXPECT_EQ(table(p.parser), "UID=a");
+    EXPECT_EQ(ZuErrorKeeper::getLastErrorNumber(), c.number);
+    EXPECT_EQ(lastText(), c.words);
+    EXPECT_EQ(table(p.parser), c.table);
+    clearErrors();
   }
 }
 
