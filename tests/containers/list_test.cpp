@@ -66,7 +66,9 @@ TEST(List, AgreesWithADeque) {
       default:
         if (held) list.unlink(&items[v]), model.erase(std::find(model.begin(), model.end(), v));
     }
-    if (gone != nullptr) EXPECT_EQ(gone->next, nullptr) << "a removed node is cut loose";
+    if (gone != nullptr) {
+      EXPECT_EQ(gone->next, nullptr) << "a removed node is cut loose";
+    }
     ASSERT_EQ(walk(list), std::vector<int>(model.begin(), model.end())) << "step " << step;
     EXPECT_EQ(list.getLastNode(), model.empty() ? nullptr : &items[model.back()]);
   }
