@@ -53,7 +53,7 @@ void makeTempNameOnOtherDrive(unsigned char* name) {
 
 bool endsElement(const unsigned char* element, const unsigned char* at) {
   if (*at == kPathListSeparator) return true;
-  const bool driveColon = at - element == 1 && ((element[0] | 0x20) >= 'a' && (element[0] | 0x20) <= 'z');
+  const bool driveColon = at - element == 1 && zu::platform::driveIndex(element[0]) >= 0;
   return *at == kHostListSeparator && !driveColon;
 }
 

@@ -22,6 +22,13 @@ int driveIndex(unsigned char letter) {
   return upper >= 'A' && upper <= 'Z' ? upper - 'A' : -1;
 }
 
+bool sameName(const unsigned char* a, const unsigned char* b, std::size_t length) {
+  for (std::size_t i = 0; i < length; ++i) {
+    if (upperCase(a[i]) != upperCase(b[i])) return false;
+  }
+  return true;
+}
+
 std::size_t filePartStart(const unsigned char* path, bool hostSlash) {
   std::size_t start = 0;
   for (std::size_t i = 0; path[i] != '\0'; ++i) {

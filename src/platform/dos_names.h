@@ -28,6 +28,10 @@ inline bool isNameSeparator(unsigned char c) { return c == kDosSeparator || c ==
 // The drive of a letter without regard to case, 0 being A; -1 for no letter.
 int driveIndex(unsigned char letter);
 
+// Whether the `length` bytes of two names are the same without regard to
+// case, as DOS names compare.
+bool sameName(const unsigned char* a, const unsigned char* b, std::size_t length);
+
 // Whether `name` starts with a drive: a byte and a colon. The byte is not
 // checked to be a letter; driveIndex says whether it is one.
 inline bool hasDrive(const unsigned char* name) { return name[0] != '\0' && name[1] == kDriveColon; }

@@ -4,7 +4,6 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "platform/charset.h"
 #include "platform/dos_impl.h"
 #include "platform/dos_names.h"
 #include "platform/dos_view.h"
@@ -169,12 +168,8 @@ void* loadBeside(const unsigned char* stem) {
   bool found = false;
   while (struct dirent* entry = host.readdir(dir)) {
     if (std::strlen(entry->d_name) != nameLength) continue;
-    bool same = true;
-    for (std::size_t i = 0; i < nameLength && same; ++i) {
-      same = upperCase(static_cast<unsigned char>(entry->d_name[i])) ==
-             upperCase(static_cast<unsigned char>(wanted[i]));
-    }
-    if (same) {
+    if (sameName(reinterpret_cast<const unsigned char*>(entry->d_name),
+                 reinterpret_cast<const unsigned char*>(wanted), nameLength)) {
       std::memcpy(slash, entry->d_name, nameLength + 1);
       found = true;
       break;

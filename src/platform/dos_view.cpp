@@ -240,13 +240,6 @@ bool normalize(const unsigned char* name, Normal& n) {
   return appendComponents(n, name);
 }
 
-bool sameUpper(const unsigned char* a, const unsigned char* b, std::size_t length) {
-  for (std::size_t i = 0; i < length; ++i) {
-    if (upperCase(a[i]) != upperCase(b[i])) return false;
-  }
-  return true;
-}
-
 // Appends to `host` (a directory, `length` bytes) the name of its entry
 // that is `component` without regard to case: the name itself when there is
 // one, else the lowest in byte order of those that match.
@@ -263,7 +256,7 @@ bool matchComponent(char* path, std::size_t length, std::size_t size, const unsi
   if (dir != nullptr) {
   while (struct dirent* entry = host.readdir(dir)) {
     const unsigned char* entryName = reinterpret_cast<const unsigned char*>(entry->d_name);
-    if (std::strlen(entry->d_name) != componentLength || !sameUpper(entryName, component, componentLength)) {
+    if (std::strlen(entry->d_name) != componentLength || !sameName(entryName, component, componentLength)) {
       continue;
     }
     if (!found || std::memcmp(entry->d_name, path + length, componentLength) < 0) {
