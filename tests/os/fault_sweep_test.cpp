@@ -4,6 +4,7 @@
 // handle, descriptor or heap block behind.
 #include <unistd.h>
 
+#include <bitset>
 #include <cstring>
 #include <iostream>
 #include <string>
@@ -28,7 +29,8 @@ class HostFaults : public zutest::DosWorld {
     writeHost("c/TEMP/other.dat", "o");
   }
   void TearDown() override {
-    std::cout << "[ tally    ] " << tally_.operations << " operations, " << tally_.slots
+    std::cout << "[ tally    ] " << tally_.operations << " operations, "
+              << std::bitset<64>(tally_.slotsSeen).count() << " slots in " << tally_.slots
               << " slot and errno pairs failed, " << tally_.runs << " runs, " << tally_.failures
               << " reported as failed\n";
     DosWorld::TearDown();

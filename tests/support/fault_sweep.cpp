@@ -73,6 +73,7 @@ std::vector<HostCall> reachedSlots(const std::function<ZuStatus()>& operation) {
       const std::string what = std::string(zu::platform::hostCallName(call)) + " with errno " +
                                std::to_string(error);
       ++t.slots;
+      t.slotsSeen |= std::uint64_t{1} << static_cast<unsigned>(call);
       for (std::uint32_t nth = 1;; ++nth) {
         if (nth > maxRuns) {
           return ::testing::AssertionFailure() << what << ": still failing after " << maxRuns << " runs";

@@ -19,12 +19,16 @@
 #include <vector>
 
 #include "frame/status.h"
+#include "platform/host.h"
+
+static_assert(zu::platform::kHostCallCount <= 64, "a bit for each slot");
 
 namespace zutest {
 
 struct HostSweepTally {
   std::uint32_t operations = 0;
   std::uint32_t slots = 0;  // slot and errno pairs failed
+  std::uint64_t slotsSeen = 0;  // a bit for each slot failed at least once
   std::uint32_t runs = 0;
   std::uint32_t failures = 0;  // runs the operation reported as failed
 };
