@@ -20,6 +20,10 @@
 #include "frame/object.h"
 #include "frame/status.h"
 
+// Invariants: items is null exactly when capacity is 0, else one heap block
+// of capacity slots that the array alone frees; count <= capacity. Growth
+// never takes capacity past zu::kArrayLimit, though setInitialSize and
+// shrink may set it higher. Slots at or past count hold 0 or a stale value.
 class ZU_API ZuArray : public ZuObject {
  public:
   ZuArray();
@@ -76,6 +80,8 @@ class ZU_API ZuArrayS32 : public ZuArray {
 
 // Entries are blocks from ramAlloc. Its delete operations hide the base's:
 // which runs follows the static type at the call.
+// Invariants: as ZuArray's; entries its delete operations see are null or
+// blocks that ramFree can take.
 class ZU_API ZuArrayPVoid : public ZuArray {
  public:
   ZuArrayPVoid();

@@ -25,6 +25,9 @@
 #include "frame/status.h"
 #include "strings/substring.h"
 
+// Invariants: every non-null slot holds an association the dictionary made
+// and alone deletes; no two hold the same key, a second add of a key
+// replacing the first association in its slot.
 class ZU_API ZuDictionary : public ZuSet {
  public:
   ZuDictionary();
@@ -63,6 +66,8 @@ class ZU_API ZuDictionary : public ZuSet {
   unsigned short getIndexForKey(ZuSubString const* key);
 };
 
+// Invariants: entries below count are associations the dictionary made and
+// alone deletes, in the order they were added; keys may repeat.
 class ZU_API ZuSeqDictionary : public ZuArray {
  public:
   ZuSeqDictionary();

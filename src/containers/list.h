@@ -9,6 +9,8 @@
 #include "frame/api.h"
 #include "frame/object.h"
 
+// Invariants: while on a list, next is the following node (itself when
+// alone); off every list it is null, or unset if never linked.
 class ZU_API ZuNode : public ZuObject {
  public:
   ZuNode();  // leaves next unset: linking sets it
@@ -17,6 +19,9 @@ class ZU_API ZuNode : public ZuObject {
   ZuNode* next;  // null once unlinked
 };
 
+// Invariants: last is null exactly when nodeCount is 0; otherwise the nodes
+// form one cycle of nodeCount links with last->next the first. current is
+// null or a node on this list: unlinking the node under it clears it.
 class ZU_API ZuList : public ZuObject {
  public:
   ZuList();  // empty, with no cursor position

@@ -18,6 +18,12 @@
 #include "frame/object.h"
 #include "frame/status.h"
 
+// Invariants: table.capacity equals tableSize, 0 and without storage until
+// the set is sized; an empty slot is null. entryCount counts the entries
+// stored since the last rehash, replacements included, so it is never below
+// the entries held; after every add it is at most loadPercent% of tableSize,
+// so a load below 100 leaves a null slot to end each probe. tableSize is at
+// most zu::kArrayLimit.
 class ZU_API ZuSet : public ZuObject {
  public:
   ZuSet();
