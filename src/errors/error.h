@@ -28,6 +28,10 @@ enum ErrorsMix : std::uint32_t {
   ZU_MIX_WARNINGS = 3,
 };
 
+// Invariants: kStatic is set only on the two shared records, with
+// kMemoryError or kNullError beside it; their text stays empty, in a byte of
+// their own. Any other record owns its text's buffer, and whoever holds the
+// record (its list, once added) deletes it.
 class ZU_API ZuError : public ZuNode {
  public:
   // Bits of `flags`.

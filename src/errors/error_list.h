@@ -16,6 +16,12 @@
 #include "frame/status.h"
 #include "strings/string.h"
 
+// Invariants: the nodes are ZuError records the list owns and deletes with
+// itself; the keeper puts no shared record on it, and one found there is
+// never deleted. kMemoryPending set means zu::memoryError follows the last
+// node. Without kKeepAll the keeper adds nothing once an error is on the
+// list. previous is set when the list is made current and cleared when it
+// is given up.
 class ZU_API ZuErrorList : public ZuList {
  public:
   // Bits of `flags`.

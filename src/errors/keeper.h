@@ -14,6 +14,9 @@
 #include "errors/error_list.h"
 #include "frame/api.h"
 
+// Invariants: no state of its own. The calling thread's
+// THREAD_DATA_ERROR_LIST slot holds the current list or null; giving a list
+// up makes its `previous` current again and clears that link.
 class ZU_API ZuErrorKeeper {
  public:
   ZuErrorKeeper() = delete;
