@@ -16,6 +16,9 @@
 #include "frame/status.h"
 #include "strings/string.h"
 
+// Invariants: paramCount is the marker number of the last value set, 0
+// after initialize or resetParams. failed, once set, stays set until the
+// next initialize.
 class ZU_API ZuParamString : public ZuString {
  public:
   ZuParamString() = default;

@@ -17,6 +17,10 @@
 #include "frame/status.h"
 #include "strings/substring.h"
 
+// Invariants: while bytes is non-null, length < capacity, so the NUL always
+// fits; without a buffer capacity means nothing. ownsBuffer decides whether
+// the destructor and unInitialize free bytes; a borrowed buffer never grows.
+// Growth never makes a buffer larger than kMaxBuffer (string.cpp).
 class ZU_API ZuString : public ZuSubString {
  public:
   ZuString() = default;

@@ -12,6 +12,8 @@
 
 class ZuString;
 
+// Invariants: the view is the `length` bytes at `bytes`; it owns and frees
+// nothing, so copies share the same bytes.
 class ZU_API ZuSubString : public ZuObject {
  public:
   ZuSubString() = default;
