@@ -50,6 +50,9 @@ enum SearchType : std::uint32_t {
 
 // A view of the scan text, quotes and brackets included, with its kind and
 // the offset of its first byte in the scan text.
+// Invariants: a token the scanner made views the scan text at `offset`
+// (null bytes when there is no text) and owns nothing; ZU_TOKEN_END is
+// empty. A rewrite that moves the owner's buffer leaves it stale.
 class ZU_API ZuToken : public ZuSubString {
  public:
   ZuToken() = default;
@@ -64,6 +67,10 @@ class ZU_API ZuToken : public ZuSubString {
   std::uint32_t offset = 0;
 };
 
+// Invariants: with an owner, scanBytes and scanLength are the owner's bytes
+// and length, taken again after each rewrite made through the scanner (not
+// after changes made elsewhere). No read goes past scanLength. The scanner
+// owns none of the text, only its three option strings.
 class ZU_API ZuScanner : public ZuObject {
  public:
   // The text is not copied and must outlive the scanner's use of it.

@@ -28,6 +28,11 @@
 #include "strings/string.h"
 #include "strings/substring.h"
 
+// Invariants: every key and value in `attributes` is the parser's, deleted
+// with it, and no two keys match without regard to case. pendingKey is null
+// except after a failed parse, and is then owned but not in the table.
+// usedBits has no storage until initialize succeeds; from then on every
+// index below attributes.count has a bit.
 class ZU_API ZuValueParser : public ZuObject {
  public:
   // Parses nothing; `text` and `sourceName` (the string's name in
