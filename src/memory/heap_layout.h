@@ -34,6 +34,10 @@ constexpr std::uint32_t kMaxBlock = kSizeMask & ~(kAlign - 1);  // 16,777,212 on
 constexpr std::uint32_t kMinPayload = 472;
 constexpr std::uint32_t kNullOffset = 0;
 
+// Invariants, under ramSemaphore: blocks tile [kSegmentHeader, size)
+// exactly; blocksInUse counts the blocks in use and is never 0 between calls
+// (the last free hands the segment back). freeHead starts a doubly linked
+// list of exactly the free blocks, and rover is kNullOffset or on that list.
 struct RamSegment {
   std::uint32_t size;      // whole system block of the segment, header included
   std::uint32_t freeHead;  // offset of the first free block, or 0

@@ -16,6 +16,11 @@
 
 namespace zu::heap {
 
+// Invariants, under ramSemaphore: the node sits in the kIndexPrefix bytes
+// in front of its segment. While the index is in use, subtreeFit is the
+// largest fit in its order subtree, orderParent its parent there (null at
+// the root), order grows along the chain, and a clean node's segment, its
+// rover set, has no two adjacent free blocks and none above largest.
 struct IndexNode {
   IndexNode* byAddress[2];
   IndexNode* byOrder[2];
@@ -30,6 +35,10 @@ struct IndexNode {
   bool clean;
 };
 
+// Invariants, under ramSemaphore and while the heap uses the index: both
+// trees hold the same nodes, one per segment of the chain, each a treap
+// under the shared priority, keyed by address and by order. nextOrder_ is
+// above every order handed out.
 class SegmentIndex {
  public:
   // Appends at the end of the chain order.
