@@ -16,6 +16,10 @@ enum PerTaskData : std::uint32_t {
 };
 
 // Plain record: no virtual operations. The first word is the provider's own.
+// Invariants: initCount is 1 plus the mdsPerTaskInit calls less the
+// mdsPerTaskTerm calls; the task counts as initialized while it is not 0.
+// slots are indexed by PerTaskData, and nothing here frees what they hold.
+// No lock: the slots' users guard them.
 struct ZU_API ZuTaskInfo {
   static constexpr int kSlotCount = 11;
 

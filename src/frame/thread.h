@@ -17,6 +17,10 @@ enum PerThreadData : std::uint32_t {
 // The table is the ZuList part of its first entry, which the slot points to.
 // Records sit on the table through `link`, never through their own list part,
 // so that when the first entry goes the table can move to the next record.
+// Invariants, under threadListSemaphore: at most one record per threadId,
+// and the table holds the `link` of every record; a record's own list part
+// is empty unless it holds the table. useCount is its thread's inits less
+// its terms, and the record is unlinked and deleted when it reaches 0.
 class ZU_API ZuThreadInfo : public ZuList {
  public:
   static constexpr int kSlotCount = 2;

@@ -66,6 +66,11 @@ struct Region {
   }
 };
 
+// Invariants, under tableLock: handle h is open exactly when table[h].fd is
+// not kNoDescriptor; handle 0 is never handed out. regions is null or a host
+// block of regionCapacity entries, the first regionCount of them held as
+// descriptor locks on fd; no two held regions of one file overlap. Closing
+// frees regions and resets the slot.
 struct Slot {
   int fd = kNoDescriptor;
   bool write = false;

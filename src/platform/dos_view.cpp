@@ -30,6 +30,10 @@ struct Normal {
 
 // The drive map and the temporary directory. The current directory is not
 // kept: it is the process's, read from the host at each call.
+// Invariants, under viewLock: roots, tempDrive and temp hold only while
+// loaded; reset clears loaded and the next call reads the environment
+// again. tempDrive is -1 or a drive mapped to the temporary directory, and
+// temp is a NUL-terminated DOS directory ending in kDosSeparator.
 struct State {
   bool loaded = false;
   // A drive is mapped when its root is not empty; a root is an absolute host
