@@ -32,8 +32,8 @@ class ZU_API ZuSet : public ZuObject {
   virtual unsigned int isSameEntry(void* existing, void* entry) = 0;
 
   // Stores `entry` in the slot of an entry the same as it, or else in an
-  // empty one. A replacement keeps entryCount; what it displaced is the
-  // subclass's to release. A new entry past the fill limit rehashes; if that
+  // empty one. A replacement counts in entryCount as an add does; what it
+  // displaced is the subclass's to release. A new entry past the fill limit rehashes; if that
   // fails (out of memory, or error 2722 past 16000 slots) the entry is taken
   // back out and the set is as it was.
   ZuStatus addEntry(void* entry);
