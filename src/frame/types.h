@@ -1,4 +1,4 @@
-// Fixed widths of the library's contract. The design's "long" is 32 bits on
+// Fixed widths of the library's contract. The contract's "long" is 32 bits on
 // every build, so sizes, offsets and wrap-around agree between 32 and 64 bits.
 #ifndef ZUUTL_FRAME_TYPES_H
 #define ZUUTL_FRAME_TYPES_H

@@ -10,7 +10,7 @@
 namespace zu::heap {
 
 // Bytes of the system block in front of each segment that hold its index
-// node; the segment itself keeps the layout and sizes of the design.
+// node; the segment itself keeps its contracted layout and sizes.
 constexpr std::uint32_t kIndexPrefix =
     alignUp(static_cast<std::uint32_t>(sizeof(IndexNode)), 16);
 

@@ -15,7 +15,7 @@
 
 namespace {
 
-// Figures of the design: the largest buffer a string grows to, and the 16-bit
+// Fixed figures of the library: the largest buffer a string grows to, and the 16-bit
 // measure of NUL-terminated texts.
 constexpr std::uint32_t kLimit = 65487;
 constexpr std::uint32_t kMeasureWrap = 65536;
