@@ -159,8 +159,6 @@ ErrorClass ofdLock(int fd, short type, const Region& region) {
   return classifyHostError(errno);
 }
 
-// The last component of a DOS name, as given.
-const unsigned char* lastComponent(const unsigned char* name) { return name + filePartStart(name, true); }
 
 }  // namespace
 
@@ -336,7 +334,7 @@ ErrorClass fileRename(const unsigned char* from, const unsigned char* to) {
     if (there.st_dev != was.st_dev || there.st_ino != was.st_ino) return classifyHostError(EEXIST);
     // The same file under another case: the new name is taken as given.
     char* slash = std::strrchr(target, '/');
-    const unsigned char* given = lastComponent(to);
+    const unsigned char* given = to + filePartStart(to, true);  // as given
     const std::size_t length = std::strlen(reinterpret_cast<const char*>(given));
     if (slash == nullptr || static_cast<std::size_t>(slash + 1 - target) + length >= sizeof target) {
       return kNoEntry;

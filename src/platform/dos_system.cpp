@@ -183,7 +183,7 @@ void* loadBeside(const unsigned char* stem) {
 // A clock that cannot be read gives the epoch.
 void utcNow(UtcTime* time) {
   struct timespec now {};
-  if (host.clock_gettime(CLOCK_REALTIME, &now) != 0) now = timespec{};
+  host.clock_gettime(CLOCK_REALTIME, &now);  // a failed read writes nothing
   struct tm fields {};
   if (host.gmtime_r(&now.tv_sec, &fields) == nullptr) {
     fields = tm{};

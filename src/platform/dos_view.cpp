@@ -48,8 +48,6 @@ State state;
 
 using Held = ScopedLock<Mutex>;
 
-bool isSeparator(unsigned char c) { return isNameSeparator(c); }
-
 const char* variable(const char* name) {
   return reinterpret_cast<const char*>(environmentValue(reinterpret_cast<const unsigned char*>(name)));
 }
@@ -98,9 +96,9 @@ void readDriveMap() {
 // Appends the components of `text` to `n`, folding "." and "..".
 bool appendComponents(Normal& n, const unsigned char* text) {
   while (*text != '\0') {
-    while (isSeparator(*text)) ++text;
+    while (isNameSeparator(*text)) ++text;
     const unsigned char* start = text;
-    while (*text != '\0' && !isSeparator(*text)) ++text;
+    while (*text != '\0' && !isNameSeparator(*text)) ++text;
     const std::size_t length = static_cast<std::size_t>(text - start);
     if (length == 0 || (length == 1 && start[0] == '.')) continue;
     if (length == 2 && start[0] == '.' && start[1] == '.') {
@@ -118,9 +116,15 @@ bool appendComponents(Normal& n, const unsigned char* text) {
   return true;
 }
 
+// Bytes of "X:\..." for `n`, without the NUL.
+std::size_t dosLength(const Normal& n) { return kDriveLength + (n.length == 0 ? 1 : n.length); }
+
+// Whether `n` is short enough to be given out as a DOS path.
+bool fitsDosPath(const Normal& n) { return dosLength(n) <= kDosPathMax; }
+
 // Writes "X:\..." for `n`; false when it does not fit in `size` bytes.
 bool dosText(const Normal& n, unsigned char* buffer, std::size_t size) {
-  const std::size_t need = 2 + (n.length == 0 ? 1 : n.length);
+  const std::size_t need = dosLength(n);
   if (need >= size) return false;
   buffer[0] = static_cast<unsigned char>('A' + n.drive);
   buffer[1] = kDriveColon;
@@ -209,11 +213,7 @@ void findTemp() {
 // removed) gives the root of the first drive.
 void currentNormal(Normal& n) {
   char path[kHostPathSize];
-  unsigned char text[kDosNameMax + 1];
-  if (host.getcwd(path, sizeof path) != nullptr && hostToDos(path, n) &&
-      dosText(n, text, kDosPathMax + 1)) {
-    return;
-  }
+  if (host.getcwd(path, sizeof path) != nullptr && hostToDos(path, n) && fitsDosPath(n)) return;
   useRootOfFirstDrive(n);
 }
 
@@ -227,19 +227,19 @@ void ensureLoaded() {
 
 bool normalize(const unsigned char* name, Normal& n) {
   if (name[0] == '\0') return false;
-  if (isSeparator(name[0]) && isSeparator(name[1])) return false;  // a network name
+  if (isNameSeparator(name[0]) && isNameSeparator(name[1])) return false;  // a network name
   if (hasDrive(name)) {
     const int drive = driveIndex(name[0]);
     if (drive < 0) return false;
     name += 2;
-    if (!isSeparator(name[0])) currentNormal(n);
-    if (isSeparator(name[0]) || n.drive != drive) {
+    if (!isNameSeparator(name[0])) currentNormal(n);
+    if (isNameSeparator(name[0]) || n.drive != drive) {
       n.drive = drive;
       n.length = 0;
     }
   } else {
     currentNormal(n);
-    if (isSeparator(name[0])) n.length = 0;
+    if (isNameSeparator(name[0])) n.length = 0;
   }
   return appendComponents(n, name);
 }
@@ -366,8 +366,7 @@ ErrorClass setCurrentDirectory(const unsigned char* path) {
   {
     Held held(viewLock);
     Normal n;
-    unsigned char text[kDosNameMax + 1];
-    if (!normalize(path, n) || !dosText(n, text, kDosPathMax + 1)) return kNoEntry;
+    if (!normalize(path, n) || !fitsDosPath(n)) return kNoEntry;
   }
   if (!isDirectory(target)) return kNoEntry;
   return host.chdir(target) == 0 ? kNoFailure : classifyHostError(errno);

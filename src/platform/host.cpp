@@ -91,28 +91,17 @@ struct Failing<Call, Slot, R (*)(A...)> {
 constexpr HostCalls kFailing = {ZU_HOST_CALLS(ZU_HOST_FAILING)};
 #undef ZU_HOST_FAILING
 
-void swapIn(HostCall call) {
+// Puts the failing stand-in into the slot, keeping what it held, or puts
+// back what it held.
+void place(HostCall call, bool failing) {
   switch (call) {
-#define ZU_HOST_SWAP_IN(name, result, parameters, body, failsAs) \
-  case HostCall::name:                                            \
-    underneath.name = host.name;                                  \
-    host.name = kFailing.name;                                    \
+#define ZU_HOST_PLACE(name, result, parameters, body, failsAs) \
+  case HostCall::name:                                          \
+    if (failing) underneath.name = host.name;                   \
+    host.name = failing ? kFailing.name : underneath.name;      \
     break;
-    ZU_HOST_CALLS(ZU_HOST_SWAP_IN)
-#undef ZU_HOST_SWAP_IN
-    case HostCall::kCount:
-      break;
-  }
-}
-
-void swapOut(HostCall call) {
-  switch (call) {
-#define ZU_HOST_SWAP_OUT(name, result, parameters, body, failsAs) \
-  case HostCall::name:                                             \
-    host.name = underneath.name;                                   \
-    break;
-    ZU_HOST_CALLS(ZU_HOST_SWAP_OUT)
-#undef ZU_HOST_SWAP_OUT
+    ZU_HOST_CALLS(ZU_HOST_PLACE)
+#undef ZU_HOST_PLACE
     case HostCall::kCount:
       break;
   }
@@ -144,7 +133,7 @@ void hostFail(HostCall call, std::uint32_t nth, int error, bool persistent) {
   a.persistent.store(persistent);
   a.delivered.store(false);
   a.nth.store(nth);
-  if (!a.active.exchange(true)) swapIn(call);
+  if (!a.active.exchange(true)) place(call, true);
 }
 
 std::uint32_t hostCalls(HostCall call) { return call < HostCall::kCount ? at(call).calls.load() : 0; }
@@ -154,7 +143,7 @@ bool hostFailed(HostCall call) { return call < HostCall::kCount && at(call).deli
 void hostRestore(HostCall call) {
   if (call >= HostCall::kCount) return;
   Armed& a = at(call);
-  if (a.active.exchange(false)) swapOut(call);
+  if (a.active.exchange(false)) place(call, false);
   a.nth.store(0);
 }
 
