@@ -16,6 +16,8 @@ set(ZU_PUBLIC_HEADERS
   containers/association.h
   containers/dictionary.h
   containers/bit_array.h
+  containers/sorted_array.h
+  sort/sort.h
   strings/bytes.h
   strings/compare.h
   strings/like.h

@@ -34,5 +34,7 @@
 #include "containers/association.h"
 #include "containers/dictionary.h"
 #include "containers/bit_array.h"
+#include "containers/sorted_array.h"
+#include "sort/sort.h"
 
 #endif
