@@ -327,10 +327,8 @@ class Run {
     s.records = records_;
     s.runs = sort_.runCount;
     s.blocks = sort_.bufferCount;
-    if (s.runs != 0) {
-      const std::uint64_t perRun = std::uint64_t{sort_.bufferCount} * sort_.recordsPerBuffer;
-      s.spilledBytes = ((s.runs - 1) * perRun + sort_.lastRunRecords) * sort_.recordSize;
-    }
+    // Every run, the last too, goes to the run file as whole blocks.
+    s.spilledBytes = std::uint64_t{sort_.runCount} * sort_.bufferCount * sort_.recordsPerBuffer * sort_.recordSize;
     return s;
   }
 
