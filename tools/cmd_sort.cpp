@@ -43,7 +43,7 @@ constexpr unsigned kLengthBytes = 2;
 constexpr unsigned kByteBits = 8;
 constexpr unsigned kByteMask = 0xFF;
 constexpr unsigned kDefaultLineArea = 256;
-constexpr unsigned long kKilo = 1024;
+constexpr std::uint64_t kKilo = 1024;
 // Input is read and output written in pieces of this size.
 constexpr std::size_t kIoChunk = std::size_t{1} << 20;
 constexpr int kStandardInput = 0;
@@ -78,7 +78,7 @@ struct Stats {
   unsigned blocks = 0;
 };
 
-bool parseNumber(std::string_view text, unsigned long* value) {
+bool parseNumber(std::string_view text, std::uint64_t* value) {
   if (text.empty()) return false;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), *value);
   return error == std::errc() && end == text.data() + text.size();
@@ -86,12 +86,12 @@ bool parseNumber(std::string_view text, unsigned long* value) {
 
 // Blocks, or a size in bytes with K or M after it.
 bool parseMemory(const std::string& text, unsigned* blocks) {
-  unsigned long scale = 0;
+  std::uint64_t scale = 0;
   std::string_view digits = text;
   if (!digits.empty() && (digits.back() == 'K' || digits.back() == 'k')) scale = kKilo;
   if (!digits.empty() && (digits.back() == 'M' || digits.back() == 'm')) scale = kKilo * kKilo;
   if (scale != 0) digits.remove_suffix(1);
-  unsigned long n = 0;
+  std::uint64_t n = 0;
   if (!parseNumber(digits, &n) || n > kMaxBlocks * kBlockBytes) return false;
   if (scale != 0) n = n * scale / kBlockBytes;
   if (n < kMinBlocks || n > kMaxBlocks) return false;
@@ -113,7 +113,7 @@ std::vector<std::string> split(const std::string& text, char separator) {
 // size is known. An empty result means the key is good.
 std::string parseKey(const std::string& text, ZuSortKey* key) {
   const std::vector<std::string> parts = split(text, ':');
-  unsigned long offset = 0, length = 0;
+  std::uint64_t offset = 0, length = 0;
   if (parts.size() < 2 || !parseNumber(parts[0], &offset) || !parseNumber(parts[1], &length)) {
     return "a key is OFFSET:LENGTH[:TYPE][:desc], not '" + text + "'";
   }
@@ -162,7 +162,7 @@ std::string parseOptions(const std::vector<std::string>& args, Options* options)
     } else if (arg == "--stats") {
       options->stats = true;
     } else if (arg == "--record-size") {
-      unsigned long n = 0;
+      std::uint64_t n = 0;
       if (!hasValue || !parseNumber(args[++i], &n) || n == 0 || n > kMaxRecordSize) {
         return "--record-size needs a number from 1 to " + std::to_string(kMaxRecordSize);
       }
@@ -175,7 +175,8 @@ std::string parseOptions(const std::vector<std::string>& args, Options* options)
       options->keys.push_back(key);
     } else if (arg == "--memory") {
       if (!hasValue || !parseMemory(args[++i], &options->memoryBlocks)) {
-        return "--memory takes 2 to 64 blocks, or a size from 128K to 4M";
+        return "--memory takes " + std::to_string(kMinBlocks) + " to " + std::to_string(kMaxBlocks) +
+               " blocks of " + std::to_string(kBlockBytes / kKilo) + "K, or a size in K or M";
       }
     } else if (arg == "-o" || arg == "--output") {
       if (!hasValue) return arg + " needs a file name";
@@ -214,10 +215,10 @@ std::string parseOptions(const std::vector<std::string>& args, Options* options)
 // block past the second only while memory is reported.
 class MemoryCap {
  public:
-  MemoryCap(const ZuSort* sort, unsigned blocks) : real_(zu::platform::sys.memoryAvailable) {
+  MemoryCap(const ZuSort* sort, unsigned blocks) {
     sort_ = sort;
     blocks_ = blocks;
-    realAvailable_ = real_;
+    real_ = zu::platform::sys.memoryAvailable;
     zu::platform::sys.memoryAvailable = available;
   }
   ~MemoryCap() { zu::platform::sys.memoryAvailable = real_; }
@@ -225,12 +226,12 @@ class MemoryCap {
   MemoryCap& operator=(const MemoryCap&) = delete;
 
  private:
-  static std::uint64_t available() { return sort_->bufferCount >= blocks_ ? 0 : realAvailable_(); }
+  static std::uint64_t available() { return sort_->bufferCount >= blocks_ ? 0 : real_(); }
 
-  std::uint64_t (*real_)();
+  // The platform table takes a plain function, so its state is static.
   static inline const ZuSort* sort_ = nullptr;
   static inline unsigned blocks_ = 0;
-  static inline std::uint64_t (*realAvailable_)() = nullptr;
+  static inline std::uint64_t (*real_)() = nullptr;
 };
 
 // Gives as many bytes as it has, up to the room; 0 at the end, -1 on failure.
