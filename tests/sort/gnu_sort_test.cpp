@@ -21,9 +21,10 @@ namespace {
 namespace fs = std::filesystem;
 
 #ifdef ZU_TOOL_EMULATOR
-// Under the emulator the tool runs many times slower: less data, same shapes.
+// Under the emulator the tool runs many times slower: less data, but still
+// more than the sort holds, so that both runs spill.
 constexpr const char* kToolCommand = ZU_TOOL_EMULATOR " " ZU_TOOL_PATH;
-constexpr std::size_t kRandomBytes = std::size_t{1} << 20;
+constexpr std::size_t kRandomBytes = std::size_t{4} << 20;
 constexpr std::size_t kFewValueLines = 40000;
 #else
 constexpr const char* kToolCommand = ZU_TOOL_PATH;
