@@ -78,9 +78,10 @@ ZuStatus ZuSort::nextSlot(void** slot) {
     return ZU_ERROR;
   }
   const std::uint32_t s = nextSlotIndex++;
-  if (s / recordsPerBuffer < bufferCount) {
+  const std::uint32_t block = s / recordsPerBuffer;
+  if (block < bufferCount) {
     ++recordCount;
-    *slot = slotAddress(s);
+    *slot = static_cast<unsigned char*>(buffers[block]) + (s - block * recordsPerBuffer) * recordSize;
     return ZU_OK;
   }
   flags |= ZU_SORT_OWNS_BUFFERS;

@@ -167,8 +167,22 @@ ZuStatus ZuSort::orderRuns() {
   return ZU_OK;
 }
 
+// Puts the entries back in the order of the runs in the file, so that every
+// fresh start orders them from the same place and ties come out the same.
+void ZuSort::restoreRunOrder() {
+  ZuMergeTable* table = mergeTable;
+  for (std::uint32_t i = 0; i < runCount; ++i) {
+    for (;;) {
+      const std::uint32_t home = mergeRun(table, i)->firstRecord / table->recordsPerRun;
+      if (home == i) break;
+      swapRuns(mergeRun(table, i), mergeRun(table, home));
+    }
+  }
+}
+
 ZuStatus ZuSort::mergeFirst(unsigned char** head) {
   ZuMergeTable* table = mergeTable;
+  restoreRunOrder();
   table->activeRuns = runCount;
   table->victimSlot = table->firstSlot;
   for (std::uint32_t i = 0; i < runCount; ++i) {

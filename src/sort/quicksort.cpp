@@ -65,41 +65,53 @@ ZuStatus ZuSort::quickSortBy(std::uint32_t first, std::uint32_t last, const Orde
   PendingRange pending[kQuickStackDepth];
   unsigned depth = 0;
 
-  const auto at = [this](std::uint32_t slot) {
-    return Cursor{slot, slot % recordsPerBuffer, slotAddress(slot)};
+  // Locals, not members: records are written through byte pointers, which
+  // would otherwise make every step read the sizes again.
+  const std::uint32_t perBlock = recordsPerBuffer;
+  const std::uint32_t size = recordSize;
+  const Order compare = order;
+  const auto locate = [this, perBlock, size](std::uint32_t slot) {
+    const std::uint32_t block = slot / perBlock;
+    const std::uint32_t place = slot - block * perBlock;
+    return Cursor{slot, place, static_cast<unsigned char*>(buffers[block]) + place * size};
   };
-  const auto advance = [this](Cursor& c) {
+  // The position `n` slots after `c`, without a division inside c's block.
+  const auto ahead = [&locate, perBlock, size](const Cursor& c, std::uint32_t n) {
+    if (n < perBlock - c.place) return Cursor{c.slot + n, c.place + n, c.address + n * size};
+    return locate(c.slot + n);
+  };
+  const auto advance = [this, perBlock, size](Cursor& c) {
     ++c.slot;
-    if (++c.place == recordsPerBuffer) {
+    if (++c.place == perBlock) {
       c.place = 0;
       c.address = slotAddress(c.slot);
     } else {
-      c.address += recordSize;
+      c.address += size;
     }
   };
-  const auto retreat = [this](Cursor& c) {
+  const auto retreat = [this, perBlock, size](Cursor& c) {
     --c.slot;
     if (c.place == 0) {
-      c.place = recordsPerBuffer - 1;
+      c.place = perBlock - 1;
       c.address = slotAddress(c.slot);
     } else {
       --c.place;
-      c.address -= recordSize;
+      c.address -= size;
     }
   };
-  const auto swap = [this](unsigned char* x, unsigned char* y) { zu::memSwap(x, y, recordSize); };
-  const auto below = [&order](const unsigned char* x, const unsigned char* y) { return order(x, y) < 0; };
-  const auto above = [&order](const unsigned char* x, const unsigned char* y) { return order(x, y) > 0; };
+  const auto swap = [size](unsigned char* x, unsigned char* y) { zu::memSwap(x, y, size); };
+  const auto below = [&compare](const unsigned char* x, const unsigned char* y) { return compare(x, y) < 0; };
+  const auto above = [&compare](const unsigned char* x, const unsigned char* y) { return compare(x, y) > 0; };
 
   for (;;) {
     const std::uint32_t span = last - first;
-    Cursor l = at(first);
-    Cursor r = at(last);
+    Cursor l = locate(first);
+    Cursor r = ahead(l, span);
     bool partition = false;
     if (span == 3) {
       unsigned char* a = l.address;
-      unsigned char* b = slotAddress(first + 1);
-      unsigned char* c = slotAddress(first + 2);
+      unsigned char* b = ahead(l, 1).address;
+      unsigned char* c = ahead(l, 2).address;
       unsigned char* d = r.address;
       if (above(a, b)) swap(a, b);
       if (above(c, d)) swap(c, d);
@@ -115,7 +127,7 @@ ZuStatus ZuSort::quickSortBy(std::uint32_t first, std::uint32_t last, const Orde
       }
     } else if (span == 2) {
       unsigned char* a = l.address;
-      unsigned char* m = slotAddress(first + 1);
+      unsigned char* m = ahead(l, 1).address;
       unsigned char* z = r.address;
       if (above(a, m)) swap(a, m);
       if (above(m, z)) {
@@ -127,7 +139,7 @@ ZuStatus ZuSort::quickSortBy(std::uint32_t first, std::uint32_t last, const Orde
     } else if (span < kFiveSampleSpan) {
       // Median of three: the smallest stays first and the largest last, as
       // sentinels for the scans; the median becomes the pivot next to last.
-      unsigned char* m = slotAddress(first + span / 2);
+      unsigned char* m = ahead(l, span / 2).address;
       if (above(l.address, r.address)) swap(l.address, r.address);
       if (above(m, r.address)) {
         swap(m, r.address);
@@ -144,9 +156,9 @@ ZuStatus ZuSort::quickSortBy(std::uint32_t first, std::uint32_t last, const Orde
       const std::uint32_t h = span / 2;
       const std::uint32_t q = h / 2;
       unsigned char* A = l.address;
-      unsigned char* B = slotAddress(first + q);
-      unsigned char* C = slotAddress(first + h);
-      unsigned char* D = slotAddress(first + q + h);
+      unsigned char* B = ahead(l, q).address;
+      unsigned char* C = ahead(l, h).address;
+      unsigned char* D = ahead(l, q + h).address;
       unsigned char* E = r.address;
       advance(l);
       retreat(r);

@@ -172,6 +172,7 @@ ZuStatus ZuSort::findKeyInRuns(void* key, void** record) {
   if (probe.get() == nullptr) return ZU_ERROR;
   ZuMergeTable* table = mergeTable;
   const bool shared = (table->mergeFlags & ZU_MERGE_SHARED_SLOTS) != 0;
+  restoreRunOrder();
   table->activeRuns = runCount;
   table->victimSlot = table->firstSlot;
   deliveredCount = 0;

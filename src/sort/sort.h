@@ -124,6 +124,7 @@ class ZU_API ZuSort : public ZuObject {
   ZuStatus mergeLoad(unsigned short run);
   ZuStatus mergeFetch(unsigned short run, unsigned char** head);
   ZuStatus orderRuns();
+  void restoreRunOrder();
   ZuStatus mergeFirst(unsigned char** head);
   ZuStatus mergeNext(unsigned char** head);
   ZuStatus deliver(void** record, unsigned char* head);
