@@ -21,6 +21,8 @@ inline constexpr unsigned short kFileAccessDenied = 1508;
 inline constexpr unsigned short kFileNotFound = 1509;
 // "Whole or part of the region has already been locked."
 inline constexpr unsigned short kRegionLocked = 1512;
+// "Invalid Parameter"
+inline constexpr unsigned short kInvalidParameter = 1517;
 // "Cannot open file '%s1'."
 inline constexpr unsigned short kCannotOpenFile = 30040;
 // "Error on input or output to a file."

@@ -119,6 +119,7 @@ class ZU_API ZuSort : public ZuObject {
   void initMergeTable();
   ZuStatus mergeLoad(unsigned short run);
   ZuStatus mergeFetch(unsigned short run, unsigned char** head);
+  ZuStatus orderRuns();
   ZuStatus mergeFirst(unsigned char** head);
   ZuStatus mergeNext(unsigned char** head);
   ZuStatus deliver(void** record, unsigned char* head);
@@ -127,10 +128,16 @@ class ZU_API ZuSort : public ZuObject {
   ZuStatus findKeyInRuns(void* key, void** record);
   ZuStatus readRecord(std::uint32_t fileSlot, void* into, std::uint32_t count);
   ZuStatus reSortRuns();
+  ZuStatus checkRunFits(std::uint32_t runs);
+  ZuStatus refuseBroken();
 
-  // After a key search that missed on a spilled sort, the head of run 0 has
-  // not been delivered, so the next mergeNext takes it as it stands.
-  bool headPending;
+  // Bytes of each key that lie inside a record: a key reaching past the
+  // record compares only its part inside, so nothing outside is ever read.
+  unsigned short keyBytes[64];
+  // Where a spilled sort's retrieval stands beyond deliveredCount.
+  unsigned char retrieval;
+  // previousRecord holds the record delivered before.
+  bool previousKept;
 };
 
 #endif
