@@ -244,36 +244,57 @@ bool normalize(const unsigned char* name, Normal& n) {
   return appendComponents(n, name);
 }
 
+// What stands at `path`: kNoFailure for a directory, kNoEntry for nothing
+// or something else, or the class of a host failure on the way, which must
+// not pass for an absent name.
+ErrorClass directoryAt(const char* path) {
+  struct stat info;
+  if (host.stat(path, &info) == 0) return S_ISDIR(info.st_mode) ? kNoFailure : kNoEntry;
+  return classifyHostError(errno);
+}
+
 // Appends to `host` (a directory, `length` bytes) the name of its entry
 // that is `component` without regard to case: the name itself when there is
-// one, else the lowest in byte order of those that match.
-bool matchComponent(char* path, std::size_t length, std::size_t size, const unsigned char* component,
-                    std::size_t componentLength) {
-  if (length + componentLength + 1 >= size) return false;
+// one, else the lowest in byte order of those that match. kNoEntry when none
+// does, the name as given then standing in place for a caller that creates
+// it; another class when the host failed on the way.
+ErrorClass matchComponent(char* path, std::size_t length, std::size_t size, const unsigned char* component,
+                          std::size_t componentLength) {
+  if (length + componentLength + 1 >= size) return kNoEntry;
   std::memcpy(path + length, component, componentLength);
   path[length + componentLength] = '\0';
   struct stat info;
-  if (host.lstat(path, &info) == 0) return true;
+  if (host.lstat(path, &info) == 0) return kNoFailure;
+  ErrorClass failure = classifyHostError(errno);
+  if (failure != kNoEntry) return failure;
   path[length] = '\0';
   DIR* dir = host.opendir(path);
-  bool found = false;
-  if (dir != nullptr) {
-  while (struct dirent* entry = host.readdir(dir)) {
-    const unsigned char* entryName = reinterpret_cast<const unsigned char*>(entry->d_name);
-    if (std::strlen(entry->d_name) != componentLength || !sameName(entryName, component, componentLength)) {
-      continue;
+  if (dir == nullptr) {
+    failure = classifyHostError(errno);
+  } else {
+    bool found = false;
+    for (;;) {
+      errno = 0;
+      const struct dirent* entry = host.readdir(dir);
+      if (entry == nullptr) {
+        // The end of the directory leaves errno alone; a failure sets it.
+        failure = errno != 0 ? classifyHostError(errno) : found ? kNoFailure : kNoEntry;
+        break;
+      }
+      const unsigned char* entryName = reinterpret_cast<const unsigned char*>(entry->d_name);
+      if (std::strlen(entry->d_name) != componentLength || !sameName(entryName, component, componentLength)) {
+        continue;
+      }
+      if (!found || std::memcmp(entry->d_name, path + length, componentLength) < 0) {
+        std::memcpy(path + length, entry->d_name, componentLength);
+        found = true;
+      }
     }
-    if (!found || std::memcmp(entry->d_name, path + length, componentLength) < 0) {
-      std::memcpy(path + length, entry->d_name, componentLength);
-      found = true;
-    }
+    host.closedir(dir);
   }
-  host.closedir(dir);
-  }
-  // Not found: the name as given stays in place for a caller that creates it.
-  if (!found) std::memcpy(path + length, component, componentLength);
+  if (failure != kNoFailure) std::memcpy(path + length, component, componentLength);
   path[length + componentLength] = '\0';
-  return found;
+  return failure;
 }
 
 }  // namespace
@@ -310,7 +331,7 @@ ErrorClass resolve(const unsigned char* name, Want want, char* path, std::size_t
   if (length >= size) return kNoEntry;
   std::memcpy(path, root, length + 1);
   if (length == 1) length = 0;  // components are led by '/', so "/" adds nothing
-  if (n.length == 0) return isDirectory(path) ? kNoFailure : kNoEntry;
+  if (n.length == 0) return directoryAt(path);
   const unsigned char* at = n.path;
   while (*at != '\0') {
     ++at;  // the component's backslash
@@ -320,11 +341,15 @@ ErrorClass resolve(const unsigned char* name, Want want, char* path, std::size_t
     const bool last = *end == '\0';
     if (length + 1 >= size) return kNoEntry;
     path[length++] = static_cast<char>(kHostSeparator);
-    if (!matchComponent(path, length, size, at, componentLength)) {
-      if (!last || want != Want::kCreatable) return kNoEntry;
+    const ErrorClass matched = matchComponent(path, length, size, at, componentLength);
+    if (matched != kNoFailure && (matched != kNoEntry || !last || want != Want::kCreatable)) {
+      return matched;
     }
     length = std::strlen(path);
-    if (!last && !isDirectory(path)) return kNoEntry;
+    if (!last) {
+      const ErrorClass directory = directoryAt(path);
+      if (directory != kNoFailure) return directory;
+    }
     at = end;
   }
   return kNoFailure;

@@ -7,6 +7,7 @@
 #include "os/file.h"
 #include "os/os_messages.h"
 #include "sort/merge_table.h"
+#include "sort/run_file.h"
 #include "sort/sort.h"
 #include "sort/sort_limits.h"
 
@@ -151,16 +152,19 @@ ZuStatus ZuSort::checkRunFits(std::uint32_t runs) {
 
 // Writes every block as run number runCount, at that run's own place.
 ZuStatus ZuSort::writeRun() {
-  if (spillHandle == 0 && bosFileOpen(spillPath, kRunFileFlags, &spillHandle) != ZU_OK) {
-    spillHandle = 0;
-    return ZU_ERROR;
+  if (spillHandle == 0) {
+    spillPath[0] = '\0';
+    if (bosFileOpen(spillPath, kRunFileFlags, &spillHandle) != ZU_OK) {
+      // The temporary name is made as a file before it is opened.
+      if (spillPath[0] != '\0') bosFileDelete(spillPath);
+      spillHandle = 0;
+      return ZU_ERROR;
+    }
   }
   const std::uint32_t blockBytes = recordSize * recordsPerBuffer;
   std::int64_t at = static_cast<std::int64_t>(runCount) * bufferCount * blockBytes;
   for (unsigned short b = 0; b < bufferCount; ++b, at += blockBytes) {
-    if (bosFileWrite(spillHandle, static_cast<std::int32_t>(at), buffers[b], blockBytes) != ZU_OK) {
-      return ZU_ERROR;
-    }
+    if (writeAt(spillHandle, at, buffers[b], blockBytes) != ZU_OK) return ZU_ERROR;
   }
   return ZU_OK;
 }

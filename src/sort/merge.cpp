@@ -3,10 +3,8 @@
 // blocks' memory, so the merge allocates nothing.
 #include <cstring>
 
-#include "errors/message.h"
-#include "os/file.h"
-#include "os/os_messages.h"
 #include "sort/merge_table.h"
+#include "sort/run_file.h"
 #include "sort/sort.h"
 #include "sort/sort_limits.h"
 
@@ -85,18 +83,8 @@ void ZuSort::initMergeTable() {
 }
 
 // Reads `count` records from file slot `fileSlot` into memory at `into`.
-// The run file is private, so a short read is as much a failure as a
-// refused one.
 ZuStatus ZuSort::readRecord(std::uint32_t fileSlot, void* into, std::uint32_t count) {
-  const std::uint32_t bytes = count * recordSize;
-  std::uint32_t done = 0;
-  const auto at = static_cast<std::int32_t>(static_cast<std::int64_t>(fileSlot) * recordSize);
-  if (bosFileRead(spillHandle, at, into, bytes, &done) != ZU_OK) return ZU_ERROR;
-  if (done != bytes) {
-    addMessageError(zu::msg::kFileIoError);
-    return ZU_ERROR;
-  }
-  return ZU_OK;
+  return readAt(spillHandle, static_cast<std::int64_t>(fileSlot) * recordSize, into, count * recordSize);
 }
 
 ZuStatus ZuSort::mergeLoad(unsigned short index) {

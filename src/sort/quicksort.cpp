@@ -6,9 +6,10 @@
 // on a fixed stack and the right part taken next, so the sort allocates
 // nothing; the stack's overflow is the one failure.
 #include "errors/message.h"
+#include "sort/key_plan.h"
 #include "sort/sort.h"
 #include "sort/sort_limits.h"
-#include "strings/bytes.h"
+#include "strings/mem_words.h"
 
 using namespace zu::sorting;
 
@@ -30,7 +31,37 @@ struct PendingRange {
 
 }  // namespace
 
+// One key of plain bytes decides most sorts; its comparison is compiled
+// into the loop. Every other set of keys goes through the plan.
 ZuStatus ZuSort::quickSort(std::uint32_t first, std::uint32_t last) {
+  const KeyPlan plan = keyPlan();
+  if (plan.end == plan.first + 1 && plan.inside[plan.first] != 0) {
+    const ZuSortKey key = plan.keys[plan.first];
+    const unsigned short length = plan.inside[plan.first];
+    if ((key.type & (ZU_SORTKEY_OBJECT | ZU_SORTKEY_COLLATED | ZU_SORTKEY_DESCENDING)) == 0) {
+      const unsigned short at = key.offset;
+      // Keys of four and eight bytes, the common binary numbers, compare in
+      // one load each.
+      if (length == sizeof(std::uint32_t)) {
+        return quickSortBy(first, last, [at](const unsigned char* a, const unsigned char* b) {
+          return zu::memOrder(a + at, b + at, sizeof(std::uint32_t));
+        });
+      }
+      if (length == sizeof(std::uint64_t)) {
+        return quickSortBy(first, last, [at](const unsigned char* a, const unsigned char* b) {
+          return zu::memOrder(a + at, b + at, sizeof(std::uint64_t));
+        });
+      }
+      return quickSortBy(first, last, [at, length](const unsigned char* a, const unsigned char* b) {
+        return zu::memOrder(a + at, b + at, length);
+      });
+    }
+  }
+  return quickSortBy(first, last, [&plan](const unsigned char* a, const unsigned char* b) { return plan.order(a, b); });
+}
+
+template <typename Order>
+ZuStatus ZuSort::quickSortBy(std::uint32_t first, std::uint32_t last, const Order& order) {
   PendingRange pending[kQuickStackDepth];
   unsigned depth = 0;
 
@@ -56,8 +87,9 @@ ZuStatus ZuSort::quickSort(std::uint32_t first, std::uint32_t last) {
       c.address -= recordSize;
     }
   };
-  const auto swap = [this](unsigned char* x, unsigned char* y) { BUTMMSWP(x, y, recordSize); };
-  const auto above = [this](unsigned char* x, unsigned char* y) { return compareRecords(x, y) > 0; };
+  const auto swap = [this](unsigned char* x, unsigned char* y) { zu::memSwap(x, y, recordSize); };
+  const auto below = [&order](const unsigned char* x, const unsigned char* y) { return order(x, y) < 0; };
+  const auto above = [&order](const unsigned char* x, const unsigned char* y) { return order(x, y) > 0; };
 
   for (;;) {
     const std::uint32_t span = last - first;
@@ -72,7 +104,7 @@ ZuStatus ZuSort::quickSort(std::uint32_t first, std::uint32_t last) {
       if (above(a, b)) swap(a, b);
       if (above(c, d)) swap(c, d);
       if (above(b, c)) {
-        if (compareRecords(a, d) < 0) {
+        if (below(a, d)) {
           if (above(a, c)) swap(a, c);
           if (above(b, d)) swap(b, d);
           swap(b, c);
@@ -150,7 +182,7 @@ ZuStatus ZuSort::quickSort(std::uint32_t first, std::uint32_t last) {
       unsigned char* pivot = r.address;
       for (;;) {
         bool met = false;
-        while (compareRecords(l.address, pivot) < 0) {
+        while (below(l.address, pivot)) {
           advance(l);
           if (r.slot == l.slot) {
             met = true;

@@ -4,9 +4,9 @@
 
 #include "errors/message.h"
 #include "memory/ram.h"
-#include "os/file.h"
 #include "os/os_messages.h"
 #include "sort/merge_table.h"
+#include "sort/run_file.h"
 #include "sort/sort.h"
 #include "sort/sort_limits.h"
 
@@ -261,14 +261,7 @@ ZuStatus ZuSort::reSortRuns() {
     const std::int64_t base = static_cast<std::int64_t>(r) * bufferCount * blockBytes;
     bool failed = false;
     for (std::uint32_t b = 0; b < blocks && !failed; ++b) {
-      std::uint32_t done = 0;
-      const auto at = static_cast<std::int32_t>(base + static_cast<std::int64_t>(b) * blockBytes);
-      if (bosFileRead(spillHandle, at, buffers[b], blockBytes, &done) != ZU_OK) {
-        failed = true;
-      } else if (done != blockBytes) {
-        addMessageError(zu::msg::kFileIoError);
-        failed = true;
-      }
+      failed = readAt(spillHandle, base + static_cast<std::int64_t>(b) * blockBytes, buffers[b], blockBytes) != ZU_OK;
     }
     nextSlotIndex = records;
     if (failed || sortRun() != ZU_OK) {
@@ -279,8 +272,7 @@ ZuStatus ZuSort::reSortRuns() {
       return ZU_ERROR;
     }
     for (std::uint32_t b = 0; b < blocks; ++b) {
-      const auto at = static_cast<std::int32_t>(base + static_cast<std::int64_t>(b) * blockBytes);
-      if (bosFileWrite(spillHandle, at, buffers[b], blockBytes) != ZU_OK) {
+      if (writeAt(spillHandle, base + static_cast<std::int64_t>(b) * blockBytes, buffers[b], blockBytes) != ZU_OK) {
         retrieval = kDamaged;
         return ZU_ERROR;
       }

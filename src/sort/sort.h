@@ -107,12 +107,16 @@ class ZU_API ZuSort : public ZuObject {
 
  private:
   struct Cursor;
+  struct KeyPlan;
 
+  KeyPlan keyPlan() const;
   unsigned char* slotAddress(std::uint32_t slot) const;
   short compareRecords(void* recordA, void* recordB);
   unsigned short countEqualKeys(void* recordA, void* recordB, unsigned short limit);
   ZuStatus sortRun();
   ZuStatus quickSort(std::uint32_t first, std::uint32_t last);
+  template <typename Order>
+  ZuStatus quickSortBy(std::uint32_t first, std::uint32_t last, const Order& order);
   ZuStatus spill();
   ZuStatus writeRun();
   ZuStatus finishIntake();
