@@ -260,17 +260,14 @@ class SortModel : public zutest::ErrorFixture {
     auto passWith = [&](bool withLevels) {
       Records got;
       std::vector<unsigned short> levels;
-      auto sortedWithLevels = [&](void** r) {
-        unsigned short level = kUnwritten;
-        const ZuStatus s = sort.getSortedWithCompare(r, &level);
-        if (*r != nullptr) levels.push_back(level);
-        return s;
-      };
-      if (withLevels) {
-        collect(sortedWithLevels, got);
-      } else {
-        collect(sorted, got);
-      }
+      collect(
+          [&](void** r) {
+            unsigned short level = kUnwritten;
+            const ZuStatus s = withLevels ? sort.getSortedWithCompare(r, &level) : sorted(r);
+            if (withLevels && *r != nullptr) levels.push_back(level);
+            return s;
+          },
+          got);
       for (size_t i = 0; i < levels.size() && i < got.size(); ++i) {
         EXPECT_EQ(levels[i], i == 0 ? 0 : model.firstDifference(got[i], got[i - 1])) << i;
       }
@@ -306,7 +303,7 @@ class SortModel : public zutest::ErrorFixture {
         if (r != nullptr) got.emplace_back(static_cast<const char*>(r), size);
         collect(next, got);
         expectSequence(model, "getFirstRecordWithKey", got,
-                       Records(expected.begin() + static_cast<std::ptrdiff_t>(at), expected.end()));
+                       Records(expected.begin() + at, expected.end()));
       }
     }
     ASSERT_EQ(sort.reSort(), ZU_OK);
