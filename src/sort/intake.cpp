@@ -72,8 +72,10 @@ unsigned char* ZuSort::slotAddress(std::uint32_t slot) const {
 }
 
 ZuStatus ZuSort::nextSlot(void** slot) {
-  if (recordsPerBuffer == 0) {
-    // A sort without a record size has no slots to give.
+  // A sort without a record size has no slots to give, and a spilled sort
+  // whose intake has ended holds its merge in the blocks.
+  constexpr std::uint32_t kMerging = ZU_SORT_SPILLED | ZU_SORT_FINISHED;
+  if (recordsPerBuffer == 0 || (flags & kMerging) == kMerging) {
     addMessageError(zu::msg::kInvalidParameter);
     return ZU_ERROR;
   }
@@ -135,8 +137,9 @@ ZuStatus ZuSort::spill() {
   return ZU_OK;
 }
 
-// The merge must find room for its table and two record slots in the
-// blocks, and the run file must stay within its 32-bit offsets.
+// Whether `runs` runs in all can still be merged and held: the merge must
+// find room for its table and two record slots in the blocks, and the run
+// file must stay within its 32-bit offsets.
 ZuStatus ZuSort::checkRunFits(std::uint32_t runs) {
   const std::uint32_t perRun = bufferCount * recordsPerBuffer;
   if (runs * static_cast<std::uint64_t>(kMergeRunBytes) + kMergeHeadBytes > kBlockBytes ||
@@ -144,7 +147,7 @@ ZuStatus ZuSort::checkRunFits(std::uint32_t runs) {
     addMessageError(zu::msg::kNoMemoryForCommand);
     return ZU_ERROR;
   }
-  if (static_cast<std::int64_t>(runCount + 1) * perRun * recordSize > kMaxRunFileBytes) {
+  if (static_cast<std::int64_t>(runs) * perRun * recordSize > kMaxRunFileBytes) {
     addMessageError(zu::msg::kInsufficientDiskSpace);
     return ZU_ERROR;
   }

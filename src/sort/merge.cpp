@@ -68,7 +68,7 @@ void ZuSort::initMergeTable() {
     slice = 1;
   }
   table->sliceSize = slice;
-  const bool shared = slice == 1 && table->mergeFlags != 0;
+  const bool shared = table->mergeFlags != 0;
   for (std::uint32_t i = 0; i < runCount; ++i) {
     MergeRun* run = mergeRun(table, i);
     run->sliceSlot = shared ? 0 : firstSlot + i * slice;
