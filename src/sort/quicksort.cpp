@@ -32,7 +32,8 @@ struct PendingRange {
 }  // namespace
 
 // One key of plain bytes decides most sorts; its comparison is compiled
-// into the loop. Every other set of keys goes through the plan.
+// into the loop, and so is the exchange of small records. Every other set
+// of keys goes through the plan.
 ZuStatus ZuSort::quickSort(std::uint32_t first, std::uint32_t last) {
   const KeyPlan plan = keyPlan();
   if (plan.end == plan.first + 1 && plan.inside[plan.first] != 0) {
@@ -40,28 +41,41 @@ ZuStatus ZuSort::quickSort(std::uint32_t first, std::uint32_t last) {
     const unsigned short length = plan.inside[plan.first];
     if ((key.type & (ZU_SORTKEY_OBJECT | ZU_SORTKEY_COLLATED | ZU_SORTKEY_DESCENDING)) == 0) {
       const unsigned short at = key.offset;
-      // Keys of four and eight bytes, the common binary numbers, compare in
-      // one load each.
+      // A key of four bytes, the common binary number, compares in one
+      // load a side.
       if (length == sizeof(std::uint32_t)) {
-        return quickSortBy(first, last, [at](const unsigned char* a, const unsigned char* b) {
+        return quickSortSized(first, last, [at](const unsigned char* a, const unsigned char* b) {
           return zu::memOrder(a + at, b + at, sizeof(std::uint32_t));
         });
       }
-      if (length == sizeof(std::uint64_t)) {
-        return quickSortBy(first, last, [at](const unsigned char* a, const unsigned char* b) {
-          return zu::memOrder(a + at, b + at, sizeof(std::uint64_t));
-        });
-      }
-      return quickSortBy(first, last, [at, length](const unsigned char* a, const unsigned char* b) {
+      return quickSortSized(first, last, [at, length](const unsigned char* a, const unsigned char* b) {
         return zu::memOrder(a + at, b + at, length);
       });
     }
   }
-  return quickSortBy(first, last, [&plan](const unsigned char* a, const unsigned char* b) { return plan.order(a, b); });
+  const std::uint32_t size = recordSize;
+  return quickSortBy(
+      first, last, [&plan](const unsigned char* a, const unsigned char* b) { return plan.order(a, b); },
+      [size](unsigned char* x, unsigned char* y) { zu::memSwap(x, y, size); });
 }
 
+// Records of one or two words are exchanged in registers with no loop.
 template <typename Order>
-ZuStatus ZuSort::quickSortBy(std::uint32_t first, std::uint32_t last, const Order& order) {
+ZuStatus ZuSort::quickSortSized(std::uint32_t first, std::uint32_t last, const Order& order) {
+  constexpr std::uint32_t kWord = sizeof(std::uint64_t);
+  if (recordSize == kWord) {
+    return quickSortBy(first, last, order, [](unsigned char* x, unsigned char* y) { zu::memSwap(x, y, kWord); });
+  }
+  if (recordSize == 2 * kWord) {
+    return quickSortBy(first, last, order,
+                       [](unsigned char* x, unsigned char* y) { zu::memSwap(x, y, 2 * kWord); });
+  }
+  const std::uint32_t size = recordSize;
+  return quickSortBy(first, last, order, [size](unsigned char* x, unsigned char* y) { zu::memSwap(x, y, size); });
+}
+
+template <typename Order, typename Swap>
+ZuStatus ZuSort::quickSortBy(std::uint32_t first, std::uint32_t last, const Order& order, const Swap& swap) {
   PendingRange pending[kQuickStackDepth];
   unsigned depth = 0;
 
@@ -99,7 +113,6 @@ ZuStatus ZuSort::quickSortBy(std::uint32_t first, std::uint32_t last, const Orde
       c.address -= size;
     }
   };
-  const auto swap = [size](unsigned char* x, unsigned char* y) { zu::memSwap(x, y, size); };
   const auto below = [&compare](const unsigned char* x, const unsigned char* y) { return compare(x, y) < 0; };
   const auto above = [&compare](const unsigned char* x, const unsigned char* y) { return compare(x, y) > 0; };
 

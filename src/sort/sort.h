@@ -116,7 +116,9 @@ class ZU_API ZuSort : public ZuObject {
   ZuStatus sortRun();
   ZuStatus quickSort(std::uint32_t first, std::uint32_t last);
   template <typename Order>
-  ZuStatus quickSortBy(std::uint32_t first, std::uint32_t last, const Order& order);
+  ZuStatus quickSortSized(std::uint32_t first, std::uint32_t last, const Order& order);
+  template <typename Order, typename Swap>
+  ZuStatus quickSortBy(std::uint32_t first, std::uint32_t last, const Order& order, const Swap& swap);
   ZuStatus spill();
   ZuStatus writeRun();
   ZuStatus finishIntake();
