@@ -73,6 +73,9 @@ struct Region {
 // frees regions and resets the slot.
 struct Slot {
   int fd = kNoDescriptor;
+  // The handle keeps its own position, so that a seek costs no call and
+  // each transfer is one positioned call.
+  std::uint64_t position = 0;
   bool write = false;
   bool exclusive = false;
   dev_t device = 0;
@@ -123,16 +126,24 @@ bool regionHeld(const Slot& self, int except, const Region& wanted) {
 }
 
 // Checks the region [position, position + size) of a transfer and hands out
-// the descriptor; the transfer itself runs outside the table's lock.
-ErrorClass prepareTransfer(int handle, std::uint32_t size, bool writing, int* fd) {
+// the descriptor and the position; the transfer itself runs outside the
+// table's lock.
+ErrorClass prepareTransfer(int handle, std::uint32_t size, bool writing, int* fd, std::uint64_t* position) {
   Held held(tableLock);
   Slot* slot = slotOf(handle);
   if (slot == nullptr || (writing && !slot->write)) return kBadHandle;
-  const off_t position = host.lseek(slot->fd, 0, SEEK_CUR);
-  if (position < 0) return classifyHostError(errno);
-  if (regionHeld(*slot, handle, Region{static_cast<std::uint64_t>(position), size})) return kAccessDenied;
+  if (regionHeld(*slot, handle, Region{slot->position, size})) return kAccessDenied;
   *fd = slot->fd;
+  *position = slot->position;
   return kNoFailure;
+}
+
+// Moves the handle past what a transfer from `position` moved, unless the
+// handle was closed meanwhile.
+void finishTransfer(int handle, int fd, std::uint64_t position, std::uint32_t done) {
+  Held held(tableLock);
+  Slot* slot = slotOf(handle);
+  if (slot != nullptr && slot->fd == fd) slot->position = position + done;
 }
 
 bool addRegion(Slot& slot, const Region& region) {
@@ -209,14 +220,16 @@ ErrorClass fileOpen(const unsigned char* name, unsigned mode, int* handle) {
 ErrorClass fileRead(int handle, void* buffer, std::uint32_t size, std::uint32_t* done) {
   *done = 0;
   int fd;
-  ErrorClass failure = prepareTransfer(handle, size, false, &fd);
+  std::uint64_t position;
+  ErrorClass failure = prepareTransfer(handle, size, false, &fd, &position);
   if (failure != kNoFailure) return failure;
   ssize_t got;
   do {
-    got = host.read(fd, buffer, size);
+    got = host.pread(fd, buffer, size, static_cast<off_t>(position));
   } while (got < 0 && errno == EINTR);
   if (got < 0) return classifyHostError(errno);
   *done = static_cast<std::uint32_t>(got);
+  finishTransfer(handle, fd, position, *done);
   return kNoFailure;
 }
 
@@ -225,34 +238,43 @@ ErrorClass fileRead(int handle, void* buffer, std::uint32_t size, std::uint32_t*
 ErrorClass fileWrite(int handle, const void* buffer, std::uint32_t size, std::uint32_t* done) {
   *done = 0;
   int fd;
-  ErrorClass failure = prepareTransfer(handle, size, true, &fd);
+  std::uint64_t position;
+  ErrorClass failure = prepareTransfer(handle, size, true, &fd, &position);
   if (failure != kNoFailure) return failure;
   const unsigned char* at = static_cast<const unsigned char*>(buffer);
+  ErrorClass result = kNoFailure;
   while (*done < size) {
-    const ssize_t put = host.write(fd, at + *done, size - *done);
+    const ssize_t put = host.pwrite(fd, at + *done, size - *done, static_cast<off_t>(position + *done));
     if (put > 0) {
       *done += static_cast<std::uint32_t>(put);
       continue;
     }
     if (put < 0 && errno == EINTR) continue;
     const ErrorClass why = put < 0 ? classifyHostError(errno) : kNoSpace;
-    return why == kNoSpace || *done > 0 ? kNoFailure : why;
+    result = why == kNoSpace || *done > 0 ? kNoFailure : why;
+    break;
   }
-  return kNoFailure;
+  finishTransfer(handle, fd, position, *done);
+  return result;
 }
 
 ErrorClass fileSeek(int handle, std::int32_t offset, unsigned short origin, std::uint32_t* position) {
-  static constexpr int kWhence[] = {SEEK_SET, SEEK_CUR, SEEK_END};
-  if (origin >= sizeof kWhence / sizeof kWhence[0]) return kIoFailure;
-  int fd;
-  {
-    Held held(tableLock);
-    Slot* slot = slotOf(handle);
-    if (slot == nullptr) return kBadHandle;
-    fd = slot->fd;
+  enum : unsigned short { kFromStart, kFromHere, kFromEnd, kOrigins };
+  if (origin >= kOrigins) return kIoFailure;
+  Held held(tableLock);
+  Slot* slot = slotOf(handle);
+  if (slot == nullptr) return kBadHandle;
+  std::int64_t base = 0;
+  if (origin == kFromHere) {
+    base = static_cast<std::int64_t>(slot->position);
+  } else if (origin == kFromEnd) {
+    struct stat info;
+    if (host.fstat(slot->fd, &info) != 0) return classifyHostError(errno);
+    base = info.st_size;
   }
-  const off_t at = host.lseek(fd, static_cast<off_t>(offset), kWhence[origin]);
-  if (at < 0) return classifyHostError(errno);
+  const std::int64_t at = base + offset;
+  if (at < 0) return classifyHostError(EINVAL);
+  slot->position = static_cast<std::uint64_t>(at);
   *position = static_cast<std::uint32_t>(at);
   return kNoFailure;
 }
@@ -273,9 +295,7 @@ ErrorClass fileLockRegion(int handle, bool unlock, std::uint32_t length) {
   Held held(tableLock);
   Slot* slot = slotOf(handle);
   if (slot == nullptr) return kBadHandle;
-  const off_t position = host.lseek(slot->fd, 0, SEEK_CUR);
-  if (position < 0) return classifyHostError(errno);
-  const Region region{static_cast<std::uint64_t>(position), length};
+  const Region region{slot->position, length};
   if (unlock) {
     for (std::size_t r = 0; r < slot->regionCount; ++r) {
       if (slot->regions[r].start != region.start || slot->regions[r].length != region.length) continue;

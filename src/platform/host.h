@@ -71,10 +71,12 @@ enum class FailsAs {
   /* Files and region locks */                                                                    \
   X(open, int, (const char* path, int flags, mode_t mode), ::open(path, flags, mode), kMinusOne)  \
   X(close, int, (int fd), ::close(fd), kAfterActing)                                                 \
-  X(read, ssize_t, (int fd, void* buffer, std::size_t size), ::read(fd, buffer, size), kMinusOne) \
+  X(pread, ssize_t, (int fd, void* buffer, std::size_t size, off_t offset),                     \
+    ::pread(fd, buffer, size, offset), kMinusOne)                                                 \
+  X(pwrite, ssize_t, (int fd, const void* buffer, std::size_t size, off_t offset),               \
+    ::pwrite(fd, buffer, size, offset), kMinusOne)                                                \
   X(write, ssize_t, (int fd, const void* buffer, std::size_t size), ::write(fd, buffer, size),    \
     kMinusOne)                                                                                    \
-  X(lseek, off_t, (int fd, off_t offset, int whence), ::lseek(fd, offset, whence), kMinusOne)     \
   X(fsync, int, (int fd), ::fsync(fd), kMinusOne)                                                 \
   X(fstat, int, (int fd, struct stat* info), ::fstat(fd, info), kMinusOne)                        \
   X(fcntl, int, (int fd, int command, struct flock* lock), ::fcntl(fd, command, lock), kMinusOne) \

@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <cstring>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -205,11 +206,46 @@ TEST_F(Files, WritesGoOutInChunksOf65534) {
   EXPECT_EQ(bosFileClose(h), ZU_OK);
 }
 
+// The handle keeps its own position: a read or a write at a place is one
+// positioned call, a seek none, and the position moves past what moved.
+TEST_F(Files, TransfersAtAPlaceCostOneCallEach) {
+  const int h = open("AT.DAT", ZU_OPEN_CREATE);
+  ASSERT_NE(h, 0);
+  std::uint32_t calls = 0;
+  const auto countCalls = [&](const std::function<void()>& work) {
+    for (unsigned c = 0; c < zu::platform::kHostCallCount; ++c) zu::platform::hostFail(static_cast<HostCall>(c), 0, 0);
+    work();
+    calls = 0;
+    for (unsigned c = 0; c < zu::platform::kHostCallCount; ++c) {
+      const auto call = static_cast<HostCall>(c);
+      // The table's own lock is taken in user space when nobody waits.
+      if (call == HostCall::pthread_mutex_lock || call == HostCall::pthread_mutex_unlock) continue;
+      calls += zu::platform::hostCalls(call);
+    }
+    zu::platform::hostRestoreAll();
+  };
+  countCalls([&] { EXPECT_EQ(bosFileWrite(h, 100, "0123456789", 10), ZU_OK); });
+  EXPECT_EQ(calls, 1u);
+  char buffer[4] = {};
+  std::uint32_t got = 0;
+  countCalls([&] { EXPECT_EQ(bosFileRead(h, 104, buffer, 3, &got), ZU_OK); });
+  EXPECT_EQ(calls, 1u);
+  EXPECT_EQ(std::string(buffer, got), "456");
+  countCalls([&] { EXPECT_EQ(bosFileSeek(h, -2, 1), 105u); });
+  EXPECT_EQ(calls, 0u);
+  EXPECT_EQ(bosFileRead(h, -1, buffer, 4, &got), ZU_OK);
+  EXPECT_EQ(std::string(buffer, got), "5678");
+  EXPECT_EQ(bosFileSeek(h, 0, 2), 110u);
+  EXPECT_EQ(bosFileSeek(h, -111, 2), 0xFFFFFFFFu);
+  EXPECT_EQ(readHost("c/AT.DAT"), std::string(100, '\0') + "0123456789");
+  EXPECT_EQ(bosFileClose(h), ZU_OK);
+}
+
 TEST_F(Files, FullDiskShortWritesAndFailedReadsGiveTheirRows) {
   const int h = open("FULL.DAT", ZU_OPEN_CREATE);
   ASSERT_NE(h, 0);
   const std::string data(65536, 'x');
-  zu::platform::hostFail(HostCall::write, 2, ENOSPC);
+  zu::platform::hostFail(HostCall::pwrite, 2, ENOSPC);
   EXPECT_EQ(bosFileWrite(h, 0, data.data(), 65536), ZU_ERROR);
   EXPECT_EQ(onlyError(), "1506 Insufficient disk space.");
   EXPECT_EQ(readHost("c/FULL.DAT").size(), 65534u) << "the first chunk went out";
@@ -219,7 +255,7 @@ TEST_F(Files, FullDiskShortWritesAndFailedReadsGiveTheirRows) {
   dos = zu::platform::kDefaultDosCalls;
   char buffer[8];
   std::uint32_t got = 99;
-  zu::platform::hostFail(HostCall::read, 1, EIO);
+  zu::platform::hostFail(HostCall::pread, 1, EIO);
   EXPECT_EQ(bosFileRead(h, 0, buffer, sizeof buffer, &got), ZU_ERROR);
   EXPECT_EQ(onlyError(), "30041 Error on input or output to a file.");
   EXPECT_EQ(bosFileRead(h, 0, buffer, sizeof buffer, &got), ZU_OK) << "only the first read fails";

@@ -26,6 +26,7 @@ std::vector<int> errnosFor(HostCall call) {
     case HostCall::open:
       return {ENOENT, EACCES, EMFILE};
     case HostCall::write:
+    case HostCall::pwrite:
       return {ENOSPC, EIO};
     case HostCall::fcntl:
       return {EAGAIN, EIO};
