@@ -18,6 +18,7 @@ set(ZU_PUBLIC_HEADERS
   containers/bit_array.h
   containers/sorted_array.h
   sort/sort.h
+  storage/bvm.h
   strings/bytes.h
   strings/compare.h
   strings/like.h

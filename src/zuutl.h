@@ -36,5 +36,6 @@
 #include "containers/bit_array.h"
 #include "containers/sorted_array.h"
 #include "sort/sort.h"
+#include "storage/bvm.h"
 
 #endif
