@@ -12,6 +12,7 @@
 #include "os/file.h"
 #include "storage/bvm.h"
 #include "support/dos_world.h"
+#include "support/fault_sweep.h"
 
 namespace {
 
@@ -92,6 +93,30 @@ TEST_F(Bvm, ReadsGiveTheFilesBytesWhateverTheCacheHolds) {
   bvmTerm(empty);
   bvmTerm(empty);
   bvmTerm(empty);
+}
+
+// Every host call of a cache's life failed in turn: the file layer's row or
+// the memory error, and nothing left behind.
+TEST_F(Bvm, EachHostFailureEndsWithItsRow) {
+  writeHost("c/PAGES.DAT", std::string(5 * kPage + 10, 'p'));
+  EXPECT_TRUE(zutest::sweepHostFaults(
+      [] {
+        void* cache = bvmInit(1);
+        if (cache == nullptr) return ZU_ERROR;
+        unsigned char name[256] = "PAGES.DAT";
+        int h = 0;
+        ZuStatus status = bosFileOpen(name, ZU_OPEN_WRITE, &h);
+        char buffer[3 * kPage];
+        std::uint32_t got = 0;
+        for (std::int32_t at = 0; status == ZU_OK && at < static_cast<std::int32_t>(5 * kPage); at += 3000) {
+          status = bvmFileRead(cache, h, at, buffer, sizeof buffer, &got, VM_HINT_NORMAL);
+          if (status == ZU_OK) status = bvmFileWrite(cache, h, at + 7, "written", 7);
+        }
+        if (h != 0 && bvmFileClose(cache, h) != ZU_OK) status = ZU_ERROR;
+        bvmTerm(cache);
+        return status;
+      },
+      {1503, 1506, 1507, 1508, 1509, 30040, 30041, 30045, 30190}));
 }
 
 }  // namespace
