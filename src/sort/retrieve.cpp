@@ -38,9 +38,10 @@ ZuStatus ZuSort::refuseBroken() {
   return ZU_ERROR;
 }
 
-ZuStatus ZuSort::getSorted(void** record) {
-  *record = nullptr;
-  if ((flags & ZU_SORT_FINISHED) == 0 && finishIntake() != ZU_OK) return ZU_ERROR;
+// The record after the deliveredCount delivered: the merge's next on a
+// spilled sort (a fresh start when none has been delivered), else the next
+// slot; null at the end.
+ZuStatus ZuSort::deliverNext(void** record) {
   if (deliveredCount == recordCount) return ZU_OK;
   unsigned char* head = nullptr;
   if (isSpilled(flags)) {
@@ -54,6 +55,12 @@ ZuStatus ZuSort::getSorted(void** record) {
   ++deliveredCount;
   *record = head;
   return ZU_OK;
+}
+
+ZuStatus ZuSort::getSorted(void** record) {
+  *record = nullptr;
+  if ((flags & ZU_SORT_FINISHED) == 0 && finishIntake() != ZU_OK) return ZU_ERROR;
+  return deliverNext(record);
 }
 
 ZuStatus ZuSort::keepPrevious(void* record) {
@@ -107,19 +114,7 @@ ZuStatus ZuSort::getNextRecord(void** record) {
   if (isSpilled(flags) && (flags & ZU_SORT_FINISHED) == 0 && finishIntake() != ZU_OK) {
     return ZU_ERROR;
   }
-  if (deliveredCount == recordCount) return ZU_OK;
-  unsigned char* head = nullptr;
-  if (isSpilled(flags)) {
-    if (retrieval == kDamaged || (retrieval == kMustRestart && deliveredCount != 0)) {
-      return refuseBroken();
-    }
-    if ((deliveredCount == 0 ? mergeFirst(&head) : mergeNext(&head)) != ZU_OK) return ZU_ERROR;
-  } else {
-    head = slotAddress(deliveredCount);
-  }
-  ++deliveredCount;
-  *record = head;
-  return ZU_OK;
+  return deliverNext(record);
 }
 
 ZuStatus ZuSort::getFirstRecordWithKey(void* key, void** record) {

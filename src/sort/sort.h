@@ -129,7 +129,7 @@ class ZU_API ZuSort : public ZuObject {
   void restoreRunOrder();
   ZuStatus mergeFirst(unsigned char** head);
   ZuStatus mergeNext(unsigned char** head);
-  ZuStatus deliver(void** record, unsigned char* head);
+  ZuStatus deliverNext(void** record);
   ZuStatus keepPrevious(void* record);
   ZuStatus findKeyInMemory(void* key, void** record);
   ZuStatus findKeyInRuns(void* key, void** record);
