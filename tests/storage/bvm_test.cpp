@@ -13,6 +13,7 @@
 #include "storage/bvm.h"
 #include "support/dos_world.h"
 #include "support/fault_sweep.h"
+#include "support/oom_sweep.h"
 
 namespace {
 
@@ -99,6 +100,7 @@ TEST_F(Bvm, ReadsGiveTheFilesBytesWhateverTheCacheHolds) {
 // the memory error, and nothing left behind.
 TEST_F(Bvm, EachHostFailureEndsWithItsRow) {
   writeHost("c/PAGES.DAT", std::string(5 * kPage + 10, 'p'));
+  zutest::HostSweepTally tally;
   EXPECT_TRUE(zutest::sweepHostFaults(
       [] {
         void* cache = bvmInit(1);
@@ -116,7 +118,35 @@ TEST_F(Bvm, EachHostFailureEndsWithItsRow) {
         bvmTerm(cache);
         return status;
       },
-      {1503, 1506, 1507, 1508, 1509, 30040, 30041, 30045, 30190}));
+      {1503, 1506, 1507, 1508, 1509, 30040, 30041, 30045, 30190}, &tally));
+  // The clean run reads every page and writes through the cache, so the
+  // sweep reaches memory, the open, the transfers and the close.
+  EXPECT_GT(tally.runs, 20u);
+  EXPECT_GT(tally.failures, 10u);
+}
+
+// Each block the cache asks for refused in turn: the read that needed it
+// fails with the memory error, the pages already cached stay usable.
+TEST_F(Bvm, EachBlockRefusedInTurn) {
+  writeHost("c/PAGES.DAT", std::string(20 * kPage, 'q'));
+  zutest::SweepReport report;
+  EXPECT_TRUE(zutest::sweepOutOfMemory([] {
+    void* cache = bvmInit(2);
+    if (cache == nullptr) return false;
+    unsigned char name[256] = "PAGES.DAT";
+    int h = 0;
+    bool ok = bosFileOpen(name, 0, &h) == ZU_OK;
+    char buffer[kPage];
+    std::uint32_t got = 0;
+    for (std::int32_t at = 0; ok && at < static_cast<std::int32_t>(20 * kPage); at += kPage) {
+      ok = bvmFileRead(cache, h, at, buffer, sizeof buffer, &got, VM_HINT_NORMAL) == ZU_OK;
+      EXPECT_TRUE(!ok || (got == kPage && buffer[0] == 'q'));
+    }
+    if (h != 0) bvmFileClose(cache, h);
+    bvmTerm(cache);
+    return ok;
+  }, &report));
+  EXPECT_GE(report.failures, 3u) << "the cache, its slots and each of two blocks";
 }
 
 }  // namespace
