@@ -56,11 +56,9 @@ void ZuSort::initMergeTable() {
   ZuMergeTable* table = mergeTable;
   const std::uint32_t perRun = bufferCount * recordsPerBuffer;
   const std::uint32_t firstSlot = mergeTableSlots(runCount, recordSize);
-  table->activeRuns = runCount;
   table->recordsPerRun = perRun;
   table->firstSlot = firstSlot;
   table->lastSlot = perRun - 1;
-  table->victimSlot = firstSlot;
   std::uint32_t slice = (perRun - firstSlot) / runCount;
   table->mergeFlags = 0;
   if (slice == 0) {
@@ -68,17 +66,14 @@ void ZuSort::initMergeTable() {
     slice = 1;
   }
   table->sliceSize = slice;
-  const bool shared = table->mergeFlags != 0;
   for (std::uint32_t i = 0; i < runCount; ++i) {
     MergeRun* run = mergeRun(table, i);
-    run->sliceSlot = shared ? 0 : firstSlot + i * slice;
+    run->sliceSlot = firstSlot + i * slice;
     run->firstRecord = i * perRun;
     const std::uint32_t end = run->firstRecord + perRun - 1;
     run->lastRecord = end < recordCount - 1 ? end : recordCount - 1;
-    run->nextRead = run->firstRecord;
-    run->sliceStart = 0;
-    run->sliceOffset = kNothingLoaded;
   }
+  restartMerge();
   retrieval = kMergeReady;
 }
 
@@ -167,32 +162,32 @@ ZuStatus ZuSort::orderRuns() {
   return ZU_OK;
 }
 
-// Puts the entries back in the order of the runs in the file, so that every
-// fresh start orders them from the same place and ties come out the same.
-void ZuSort::restoreRunOrder() {
+// Every run back at its start, and the entries back in the order of the
+// runs in the file, so that every fresh start orders them from the same
+// place and ties come out the same. Until the table is ordered again only
+// a fresh start can go on.
+void ZuSort::restartMerge() {
   ZuMergeTable* table = mergeTable;
+  const bool shared = (table->mergeFlags & ZU_MERGE_SHARED_SLOTS) != 0;
   for (std::uint32_t i = 0; i < runCount; ++i) {
     for (;;) {
       const std::uint32_t home = mergeRun(table, i)->firstRecord / table->recordsPerRun;
       if (home == i) break;
       swapRuns(mergeRun(table, i), mergeRun(table, home));
     }
-  }
-}
-
-ZuStatus ZuSort::mergeFirst(unsigned char** head) {
-  ZuMergeTable* table = mergeTable;
-  restoreRunOrder();
-  table->activeRuns = runCount;
-  table->victimSlot = table->firstSlot;
-  for (std::uint32_t i = 0; i < runCount; ++i) {
     MergeRun* run = mergeRun(table, i);
     run->nextRead = run->firstRecord;
     run->sliceOffset = kNothingLoaded;
     run->sliceStart = 0;
-    if ((table->mergeFlags & ZU_MERGE_SHARED_SLOTS) != 0) run->sliceSlot = 0;
+    if (shared) run->sliceSlot = 0;
   }
+  table->activeRuns = runCount;
+  table->victimSlot = table->firstSlot;
   retrieval = kMustRestart;
+}
+
+ZuStatus ZuSort::mergeFirst(unsigned char** head) {
+  restartMerge();
   if (orderRuns() != ZU_OK) return ZU_ERROR;
   if (mergeFetch(0, head) != ZU_OK) return ZU_ERROR;
   retrieval = kMergeReady;

@@ -29,6 +29,39 @@ class RecordBuffer {
   unsigned char* bytes_;
 };
 
+// Binary search of slots `lo` to `hi` for the key, then back one slot at a
+// time to the earliest tie. `order(slot, &c)` compares the key with a slot.
+// Gives the earliest tie and true, or the place where the key would stand
+// and false.
+template <typename Order>
+ZuStatus searchKey(std::int64_t lo, std::int64_t hi, const Order& order, std::int64_t* position, bool* hit) {
+  const std::int64_t first = lo;
+  std::int64_t mid = lo;
+  short c = 0;
+  while (lo <= hi) {
+    mid = (lo + hi) / 2;
+    if (order(mid, &c) != ZU_OK) return ZU_ERROR;
+    if (c > 0) {
+      lo = mid + 1;
+    } else if (c < 0) {
+      hi = mid - 1;
+    } else {
+      break;
+    }
+  }
+  *hit = c == 0;
+  if (c != 0) {
+    *position = mid + (c > 0 ? 1 : 0);
+    return ZU_OK;
+  }
+  for (short before = 0; mid > first; --mid) {
+    if (order(mid - 1, &before) != ZU_OK) return ZU_ERROR;
+    if (before != 0) break;
+  }
+  *position = mid;
+  return ZU_OK;
+}
+
 }  // namespace
 
 // A spilled sort whose merge was cut off by a failure cannot go on where it
@@ -134,26 +167,19 @@ ZuStatus ZuSort::findKeyInMemory(void* key, void** record) {
     deliveredCount = 0;
     return ZU_OK;
   }
-  std::int64_t lo = 0;
-  std::int64_t hi = static_cast<std::int64_t>(recordCount) - 1;
   std::int64_t mid = 0;
-  short c = 0;
-  while (lo <= hi) {
-    mid = (lo + hi) / 2;
-    c = compareRecords(key, slotAddress(static_cast<std::uint32_t>(mid)));
-    if (c > 0) {
-      lo = mid + 1;
-    } else if (c < 0) {
-      hi = mid - 1;
-    } else {
-      break;
-    }
-  }
-  if (c != 0) {
-    deliveredCount = static_cast<std::uint32_t>(mid + (c > 0 ? 1 : 0));
+  bool hit = false;
+  searchKey(
+      0, static_cast<std::int64_t>(recordCount) - 1,
+      [&](std::int64_t slot, short* c) {
+        *c = compareRecords(key, slotAddress(static_cast<std::uint32_t>(slot)));
+        return ZU_OK;
+      },
+      &mid, &hit);
+  if (!hit) {
+    deliveredCount = static_cast<std::uint32_t>(mid);
     return ZU_OK;
   }
-  while (mid > 0 && compareRecords(key, slotAddress(static_cast<std::uint32_t>(mid - 1))) == 0) --mid;
   unsigned char* found = slotAddress(static_cast<std::uint32_t>(mid));
   previousRecord = found;
   previousKept = true;
@@ -166,48 +192,22 @@ ZuStatus ZuSort::findKeyInRuns(void* key, void** record) {
   RecordBuffer probe(recordSize);
   if (probe.get() == nullptr) return ZU_ERROR;
   ZuMergeTable* table = mergeTable;
-  const bool shared = (table->mergeFlags & ZU_MERGE_SHARED_SLOTS) != 0;
-  restoreRunOrder();
-  table->activeRuns = runCount;
-  table->victimSlot = table->firstSlot;
+  restartMerge();
   deliveredCount = 0;
-  retrieval = kMustRestart;
   bool found = false;
   for (std::uint32_t i = 0; i < runCount; ++i) {
     MergeRun* run = mergeRun(table, i);
-    run->sliceOffset = kNothingLoaded;
-    run->sliceStart = 0;
-    if (shared) run->sliceSlot = 0;
-    const std::int64_t first = run->firstRecord;
-    std::int64_t lo = first;
-    std::int64_t hi = run->lastRecord;
-    std::int64_t mid = first;
-    short c = 0;
-    while (lo <= hi) {
-      mid = (lo + hi) / 2;
-      if (readRecord(static_cast<std::uint32_t>(mid), probe.get(), 1) != ZU_OK) return ZU_ERROR;
-      c = compareRecords(key, probe.get());
-      if (c > 0) {
-        lo = mid + 1;
-      } else if (c < 0) {
-        hi = mid - 1;
-      } else {
-        break;
-      }
-    }
-    std::int64_t position = mid + (c > 0 ? 1 : 0);
-    if (c == 0) {
-      found = true;
-      while (position > first) {
-        if (readRecord(static_cast<std::uint32_t>(position - 1), probe.get(), 1) != ZU_OK) {
-          return ZU_ERROR;
-        }
-        if (compareRecords(key, probe.get()) != 0) break;
-        --position;
-      }
-    }
+    std::int64_t position = 0;
+    bool hit = false;
+    const auto order = [&](std::int64_t slot, short* c) {
+      if (readRecord(static_cast<std::uint32_t>(slot), probe.get(), 1) != ZU_OK) return ZU_ERROR;
+      *c = compareRecords(key, probe.get());
+      return ZU_OK;
+    };
+    if (searchKey(run->firstRecord, run->lastRecord, order, &position, &hit) != ZU_OK) return ZU_ERROR;
+    found = found || hit;
     run->nextRead = static_cast<std::uint32_t>(position);
-    deliveredCount += static_cast<std::uint32_t>(position - first);
+    deliveredCount += static_cast<std::uint32_t>(position - run->firstRecord);
   }
   if (orderRuns() != ZU_OK) return ZU_ERROR;
   if (!found) {

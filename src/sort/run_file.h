@@ -1,8 +1,6 @@
-// Transfers at a place in a sort's run file. The file layer does not look
-// at the seek before a transfer, so a refused seek would move records to or
-// from the wrong place unseen; these seek first and refuse the transfer.
-// The run file is private and written whole, so a short read is a failure
-// too. Each failure is on the thread's list when these return ZU_ERROR.
+// Transfers at a place in a sort's run file. The run file is private and
+// written whole, so a short read is a failure too. Each failure is on the
+// thread's list when these return ZU_ERROR.
 #ifndef ZUUTL_SORT_RUN_FILE_H
 #define ZUUTL_SORT_RUN_FILE_H
 

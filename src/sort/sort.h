@@ -126,7 +126,7 @@ class ZU_API ZuSort : public ZuObject {
   ZuStatus mergeLoad(unsigned short run);
   ZuStatus mergeFetch(unsigned short run, unsigned char** head);
   ZuStatus orderRuns();
-  void restoreRunOrder();
+  void restartMerge();
   ZuStatus mergeFirst(unsigned char** head);
   ZuStatus mergeNext(unsigned char** head);
   ZuStatus deliverNext(void** record);
