@@ -19,6 +19,8 @@ set(ZU_PUBLIC_HEADERS
   containers/sorted_array.h
   sort/sort.h
   storage/bvm.h
+  storage/tmp_pages.h
+  storage/tmp_file.h
   strings/bytes.h
   strings/compare.h
   strings/like.h
