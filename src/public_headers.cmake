@@ -21,6 +21,7 @@ set(ZU_PUBLIC_HEADERS
   storage/bvm.h
   storage/tmp_pages.h
   storage/tmp_file.h
+  trees/tree.h
   strings/bytes.h
   strings/compare.h
   strings/like.h

@@ -38,5 +38,6 @@
 #include "sort/sort.h"
 #include "storage/bvm.h"
 #include "storage/tmp_file.h"
+#include "trees/tree.h"
 
 #endif
