@@ -191,6 +191,7 @@ class PTreeDrive {
         if (tree.addAtPos(position, data.data()) != ZU_OK) return fail("addAtPos failed");
         if (position >= model.size()) model.resize(position);
         model.insert(model.begin() + position, data);
+        ++live_;
         break;
       case kPAddHole:
         if (tree.addHoleAtPos(position) != ZU_OK) return fail("addHoleAtPos failed");
@@ -200,6 +201,7 @@ class PTreeDrive {
         if (tree.deleteKeyAtPos(position, &found) != ZU_OK) return fail("deleteKeyAtPos failed");
         if (found != present) return fail("deleteKeyAtPos: found flag");
         if (position < model.size()) model.erase(model.begin() + position);
+        live_ -= present ? 1 : 0;
         break;
       case kPAdd:
         if (tree.add(&position, data.data(), &found) != ZU_OK) return fail("add failed");
@@ -209,7 +211,7 @@ class PTreeDrive {
       case kPDelete:
         if (tree.deleteKey(&position, &found) != ZU_OK) return fail("deleteKey failed");
         if (found != present) return fail("deleteKey: found flag");
-        if (present) model[position].reset();
+        if (present) model[position].reset(), --live_;
         break;
       case kPLookup:
         if (tree.getData(&position, got.data(), &found) != ZU_OK) return fail("getData failed");
@@ -221,6 +223,7 @@ class PTreeDrive {
         if (present) {
           const std::string moved = *model[position];
           model[position].reset();
+          --live_;
           if (other >= model.size() || !model[other].has_value()) put(other, moved);
         }
         break;
@@ -229,9 +232,7 @@ class PTreeDrive {
       default:
         break;
     }
-    std::uint32_t live = 0;
-    for (const auto& entry : model) live += entry.has_value() ? 1 : 0;
-    return tree.keyCount == live || fail("keyCount");
+    return tree.keyCount == live_ || fail("keyCount");
   }
 
   ZuPTree tree;
@@ -239,12 +240,15 @@ class PTreeDrive {
   std::string failure;
 
  private:
+  std::uint32_t live_ = 0;  // entries of the model
+
   bool fail(const char* what) {
     if (failure.empty()) failure = what;
     return false;
   }
   void put(std::uint32_t position, const std::string& data) {
     if (position >= model.size()) model.resize(position + 1);
+    live_ += model[position].has_value() ? 0 : 1;
     model[position] = data;
   }
 
