@@ -19,6 +19,7 @@ set(ZU_PUBLIC_HEADERS
   containers/sorted_array.h
   sort/sort.h
   storage/bvm.h
+  desktop/ini.h
   strings/bytes.h
   strings/compare.h
   strings/like.h

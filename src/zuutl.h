@@ -37,5 +37,6 @@
 #include "containers/sorted_array.h"
 #include "sort/sort.h"
 #include "storage/bvm.h"
+#include "desktop/ini.h"
 
 #endif
