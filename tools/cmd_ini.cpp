@@ -2,12 +2,12 @@
 //        | list [SECTION]
 // Reads and writes an INI file through ZuIni, the way a driver reads its
 // data sources; FILE may be a host path ("$HOME/.odbc.ini") or a DOS name.
-#include <zuutl.h>
-
 #include <cstdio>
 #include <cstring>
 #include <string>
 #include <vector>
+
+#include <zuutl.h>
 
 #include "command.h"
 #include "error_scope.h"
