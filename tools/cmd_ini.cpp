@@ -149,7 +149,7 @@ void demoIni() {
 }
 
 Registration ini({"ini", "FILE get|set|delete|list ARGS",
-                  "read or write an INI file entry by entry, as ZuIni does; exit 1 if not there", runIni,
+                  "read or write INI entries as ZuIni does; exit 1 if not there", runIni,
                   demoIni, 80});
 
 }  // namespace

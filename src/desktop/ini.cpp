@@ -14,9 +14,15 @@ constexpr unsigned short kIniNotOpen = 2717;
 ZuIni::~ZuIni() { ZuIni::close(); }
 
 ZuStatus ZuIni::open(unsigned char const* name) {
-  if (fileName != nullptr && close() != ZU_OK) return ZU_ERROR;
-  fileName = ramAllocStr(name);
-  return fileName != nullptr ? ZU_OK : ZU_ERROR;
+  // Copied before the close, so that the object's own name may be passed.
+  unsigned char* copy = name != nullptr ? ramAllocStr(name) : nullptr;
+  if (fileName != nullptr && close() != ZU_OK) {
+    ramFree(copy);
+    return ZU_ERROR;
+  }
+  fileName = copy;
+  if (name == nullptr) return validState();  // no name: stays closed
+  return copy != nullptr ? ZU_OK : ZU_ERROR;
 }
 
 ZuStatus ZuIni::close() {

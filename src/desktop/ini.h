@@ -23,7 +23,8 @@ class ZU_API ZuIni : public ZuObject {
   ZuIni& operator=(const ZuIni&) = delete;
 
   // Takes a copy of the name; the file need not exist. An open object is
-  // closed first, through the virtual close.
+  // closed first, through the virtual close. A null name leaves it closed,
+  // with row 2717.
   virtual ZuStatus open(unsigned char const* fileName);
   // Forgets the name; ZU_OK also when closed.
   virtual ZuStatus close();

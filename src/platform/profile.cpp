@@ -59,7 +59,9 @@ class Bytes {
 // The whole of an open file into `bytes`; its size in `size`.
 bool readAll(int fd, Bytes& bytes, std::size_t* size) {
   struct stat info;
-  if (host.fstat(fd, &info) != 0) return false;
+  if (host.fstat(fd, &info) != 0 || info.st_size < 0 || static_cast<std::uint64_t>(info.st_size) > kMaxFileBytes) {
+    return false;
+  }
   std::size_t want = static_cast<std::size_t>(info.st_size) + 1;  // + 1 sees the end at once
   if (want < kFirstReadBytes) want = kFirstReadBytes;
   *size = 0;

@@ -167,14 +167,30 @@ std::size_t setEntry(const Text& text, const Edit& edit, Writer& w) {
   return w.size();
 }
 
+// The start of the first heading line at or after `at`, a line's start;
+// text.size when there is none. Outside a wanted section only headings
+// matter, so this looks for '[' and not at every line.
+std::size_t nextHeading(const Text& text, std::size_t at) {
+  const unsigned char* bytes = text.bytes;
+  for (std::size_t from = at; from < text.size;) {
+    const void* open = std::memchr(bytes + from, kHeadingOpen, text.size - from);
+    if (open == nullptr) break;
+    std::size_t start = static_cast<std::size_t>(static_cast<const unsigned char*>(open) - bytes);
+    from = start + 1;
+    while (start > at && bytes[start - 1] != kLineFeed && isDosSpace(bytes[start - 1])) --start;
+    if (start == at || bytes[start - 1] == kLineFeed) return start;
+  }
+  return text.size;
+}
+
 }  // namespace
 
 Line readLine(const Text& text, std::size_t at) {
   const unsigned char* bytes = text.bytes;
   Line line;
   line.start = at;
-  std::size_t e = at;
-  while (e < text.size && bytes[e] != kLineFeed) ++e;
+  const void* lf = std::memchr(bytes + at, kLineFeed, text.size - at);
+  const std::size_t e = lf != nullptr ? static_cast<std::size_t>(static_cast<const unsigned char*>(lf) - bytes) : text.size;
   line.end = e < text.size ? e + 1 : e;
   line.contentEnd = e < text.size && e > at && bytes[e - 1] == kReturn ? e - 1 : e;
   std::size_t p = at;
@@ -211,9 +227,18 @@ bool sameName(const Span& a, const Span& b) {
 }
 
 bool findEntry(const Text& text, const Span& section, const Span& entry, Line* found) {
-  Walk walk(text, &section);
-  while (walk.next(found)) {
-    if (walk.inSection() && found->kind == LineKind::kEntry && sameName(found->name, entry)) return true;
+  std::size_t at = 0;
+  while ((at = nextHeading(text, at)) < text.size) {
+    *found = readLine(text, at);
+    at = found->end;
+    if (!sameName(found->name, section)) continue;
+    // Under the heading: each line up to the next heading.
+    while (at < text.size) {
+      *found = readLine(text, at);
+      if (found->kind == LineKind::kSection) break;
+      at = found->end;
+      if (found->kind == LineKind::kEntry && sameName(found->name, entry)) return true;
+    }
   }
   return false;
 }

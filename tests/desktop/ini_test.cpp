@@ -57,8 +57,9 @@ TEST_F(Ini, AClosedObjectRefusesEveryReadAndWriteWithItsRow) {
   EXPECT_EQ(ini.writeEntry(u("S"), u("E"), u("v")), ZU_ERROR);
   EXPECT_EQ(ini.deleteEntry(u("S"), u("E")), ZU_ERROR);
   EXPECT_EQ(ini.deleteSection(u("S")), ZU_ERROR);
+  EXPECT_EQ(ini.open(nullptr), ZU_ERROR);
   const auto errors = takeErrors();
-  ASSERT_EQ(errors.size(), 5u);
+  ASSERT_EQ(errors.size(), 6u);
   for (const auto& e : errors) EXPECT_EQ(e, std::make_pair(kNotOpen, std::string("Initialization file is not open.")));
   EXPECT_STREQ(reinterpret_cast<char*>(buffer), "keep");
   EXPECT_EQ(value, 77);
@@ -67,6 +68,7 @@ TEST_F(Ini, AClosedObjectRefusesEveryReadAndWriteWithItsRow) {
   // Opening twice moves to the second name; the file need not exist.
   ASSERT_EQ(ini.open(u("C:\\FIRST.INI")), ZU_OK);
   ASSERT_EQ(ini.open(u("C:\\SECOND.INI")), ZU_OK);
+  ASSERT_EQ(ini.open(ini.fileName), ZU_OK) << "its own name";
   EXPECT_STREQ(reinterpret_cast<char*>(ini.fileName), "C:\\SECOND.INI");
   EXPECT_EQ(get(ini, "S", "E"), "(none)");
   EXPECT_EQ(ini.getEntry(u("S"), u("E"), &value, 5), ZU_OK);
