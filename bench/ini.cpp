@@ -60,7 +60,8 @@ void ZuIniLookup(benchmark::State& state) {
   const bool missing = state.range(0) != 0;
   unsigned char buffer[kValueBuffer];
   ini.getEntry(u(kLastSection), u(kLastEntry), buffer, sizeof buffer, u(""));
-  if (std::string(reinterpret_cast<char*>(buffer)) != kLastValue) state.SkipWithError("ZuIni does not read the file");
+  if (std::string(reinterpret_cast<char*>(buffer)) != kLastValue)
+    state.SkipWithError("ZuIni does not read the file");
   for (auto _ : state) {
     ini.getEntry(u(kLastSection), u(missing ? "Nothing" : kLastEntry), buffer, sizeof buffer, u(""));
     benchmark::DoNotOptimize(buffer);
@@ -76,7 +77,8 @@ void OdbcinstLookup(benchmark::State& state) {
   SQLGetPrivateProfileString(kLastSection, kLastEntry, "", buffer, sizeof buffer, "odbc.ini");
   if (std::string(buffer) != kLastValue) state.SkipWithError("odbcinst does not read the file");
   for (auto _ : state) {
-    SQLGetPrivateProfileString(kLastSection, missing ? "Nothing" : kLastEntry, "", buffer, sizeof buffer, "odbc.ini");
+    SQLGetPrivateProfileString(kLastSection, missing ? "Nothing" : kLastEntry, "", buffer, sizeof buffer,
+                               "odbc.ini");
     benchmark::DoNotOptimize(buffer);
   }
   state.SetLabel(missing ? "missing entry" : "last entry");

@@ -6,6 +6,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <functional>
@@ -26,29 +27,22 @@ constexpr unsigned short kOutOfMemory = 30190;
 
 class Ini : public zutest::DosWorld {
  protected:
-  std::string get(ZuIni& ini, const char* section, const char* entry, unsigned short size = 256) {
+  // The buffer as read, NULs shown as '|', up to the list's end.
+  static std::string get(ZuIni& ini, const char* section, const char* entry, unsigned short size = 256) {
     std::vector<unsigned char> buffer(size + 1u, 0xEE);
-    EXPECT_EQ(ini.getEntry(u(section), entry != nullptr ? u(entry) : nullptr, buffer.data(), size, u("(none)")),
-              ZU_OK);
+    EXPECT_EQ(ini.getEntry(u(section), u(entry), buffer.data(), size, u("(none)")), ZU_OK);
     EXPECT_EQ(buffer[size], 0xEE) << "written past the buffer";
-    std::string names;  // a list comes back with its NULs as '|'
-    for (unsigned short i = 0; i < size; ++i) {
-      if (entry != nullptr && buffer[i] == 0) break;
-      names += buffer[i] == 0 ? '|' : static_cast<char>(buffer[i]);
-      if (buffer[i] == 0 && i > 0 && buffer[i - 1] == 0) break;
-    }
-    return names;
-  }
-  short number(ZuIni& ini, const char* entry) {
-    short value = 0;
-    EXPECT_EQ(ini.getEntry(u("Numbers"), u(entry), &value, -1), ZU_OK);
-    return value;
+    const std::size_t end = entry != nullptr
+                                ? std::strlen(reinterpret_cast<char*>(buffer.data()))
+                                : std::search_n(buffer.begin(), buffer.end(), 2, 0) - buffer.begin() + 2;
+    std::string text(buffer.begin(), buffer.begin() + static_cast<std::ptrdiff_t>(end));
+    std::replace(text.begin(), text.end(), '\0', '|');
+    return text;
   }
 };
 
-TEST_F(Ini, AClosedObjectRefusesEveryReadAndWriteWithItsRow) {
+TEST_F(Ini, StatesRowAndReads) {
   ZuIni ini;
-  EXPECT_EQ(ini.fileName, nullptr);
   EXPECT_EQ(ini.close(), ZU_OK);
   unsigned char buffer[8] = "keep";
   short value = 77;
@@ -60,50 +54,36 @@ TEST_F(Ini, AClosedObjectRefusesEveryReadAndWriteWithItsRow) {
   EXPECT_EQ(ini.open(nullptr), ZU_ERROR);
   const auto errors = takeErrors();
   ASSERT_EQ(errors.size(), 6u);
-  for (const auto& e : errors) EXPECT_EQ(e, std::make_pair(kNotOpen, std::string("Initialization file is not open.")));
+  for (const auto& e : errors)
+    EXPECT_EQ(e, std::make_pair(kNotOpen, std::string("Initialization file is not open.")));
   EXPECT_STREQ(reinterpret_cast<char*>(buffer), "keep");
   EXPECT_EQ(value, 77);
-  EXPECT_FALSE(hostExists("c/S.INI"));
 
-  // Opening twice moves to the second name; the file need not exist.
+  // Opening again moves to the new name; the file need not exist, and a
+  // deletion does not make it.
   ASSERT_EQ(ini.open(u("C:\\FIRST.INI")), ZU_OK);
-  ASSERT_EQ(ini.open(u("C:\\SECOND.INI")), ZU_OK);
+  ASSERT_EQ(ini.open(u("C:\\R.INI")), ZU_OK);
   ASSERT_EQ(ini.open(ini.fileName), ZU_OK) << "its own name";
-  EXPECT_STREQ(reinterpret_cast<char*>(ini.fileName), "C:\\SECOND.INI");
   EXPECT_EQ(get(ini, "S", "E"), "(none)");
-  EXPECT_EQ(ini.getEntry(u("S"), u("E"), &value, 5), ZU_OK);
-  EXPECT_EQ(value, 5);
   EXPECT_EQ(ini.deleteSection(u("S")), ZU_OK);
-  EXPECT_EQ(ini.deleteEntry(u("S"), u("E")), ZU_OK);
-  EXPECT_TRUE(hostNames("c") == std::vector<std::string>{"TEMP"}) << "a deletion made a file";
-  EXPECT_EQ(ini.writeEntry(u("S"), u("E"), u("v")), ZU_OK);
-  EXPECT_EQ(readHost("c/SECOND.INI"), "[S]\nE=v\n");
-  EXPECT_TRUE(takeErrors().empty());
-}
+  EXPECT_EQ(hostNames("c"), std::vector<std::string>{"TEMP"});
 
-TEST_F(Ini, ReadsCutToTheBufferAndNumbersToSixteenBits) {
   writeHost("c/R.INI",
-            "[Numbers]\r\nplain=42\r\nlead = 12abc\r\nneg=-7\r\nwide=70000\r\nnone=abc\r\nempty=\r\n"
-            "[Text]\r\nlong = abcdef\r\n[Other]\r\nk=1\r\n");
-  ZuIni ini;
-  ASSERT_EQ(ini.open(u("C:\\r.ini")), ZU_OK);
-  EXPECT_EQ(number(ini, "PLAIN"), 42);
-  EXPECT_EQ(number(ini, "lead"), 12);
-  EXPECT_EQ(number(ini, "neg"), -7);
-  EXPECT_EQ(number(ini, "wide"), static_cast<short>(70000 & 0xFFFF));
-  EXPECT_EQ(number(ini, "none"), -1);
-  EXPECT_EQ(number(ini, "empty"), -1);
-  EXPECT_EQ(number(ini, "missing"), -1);
-  EXPECT_EQ(get(ini, "text", "LONG"), "abcdef");
+            "[Numbers]\r\nplain=42\r\nlead = 12abc\r\nwide=70000\r\nnone=abc\r\n[Text]\r\nlong = abcdef\r\n");
+  const std::pair<const char*, short> kNumbers[] = {
+      {"PLAIN", 42}, {"lead", 12}, {"wide", 70000 - 65536}, {"none", -1}, {"missing", -1}};
+  for (const auto& [entry, number] : kNumbers) {
+    EXPECT_EQ(ini.getEntry(u("numbers"), u(entry), &value, -1), ZU_OK);
+    EXPECT_EQ(value, number) << entry;
+  }
   EXPECT_EQ(get(ini, "text", "LONG", 4), "abc");
-  EXPECT_EQ(get(ini, "Numbers", "empty"), "") << "an empty value is there";
-  EXPECT_EQ(get(ini, "Numbers", "missing", 4), "(no");
+  EXPECT_EQ(get(ini, "Text", "missing", 4), "(no");
   // Lists: each name ends in a NUL and the list in one more; a list cut
   // short ends in two.
-  EXPECT_EQ(get(ini, nullptr, nullptr), "Numbers|Text|Other||");
+  EXPECT_EQ(get(ini, nullptr, nullptr), "Numbers|Text||");
   EXPECT_EQ(get(ini, nullptr, nullptr, 11), "Numbers|T||");
-  EXPECT_EQ(get(ini, "numbers", nullptr, 14), "plain|lead|n||");
   EXPECT_EQ(get(ini, "nowhere", nullptr), "||");
+  EXPECT_TRUE(takeErrors().empty());
 }
 
 // Every host call a write reaches, failed at each of its calls: the object
@@ -120,7 +100,8 @@ TEST_F(Ini, EveryHostFailureOfAWriteLeavesTheOldFileWhole) {
   const Case kCases[] = {
       {"replace", true, [](ZuIni& i) { i.writeEntry(u("sales"), u("driver"), u("new.so")); },
        "; sources\n[Sales]\nDriver = new.so\nPort=1\n\n[Other]\nk=v\n"},
-      {"add a section", true, [](ZuIni& i) { i.writeEntry(u("New"), u("a"), u("b")); }, old + "\n[New]\na=b\n"},
+      {"add a section", true, [](ZuIni& i) { i.writeEntry(u("New"), u("a"), u("b")); },
+       old + "\n[New]\na=b\n"},
       {"delete a section", true, [](ZuIni& i) { i.deleteSection(u("SALES")); }, "; sources\n[Other]\nk=v\n"},
       {"create", false, [](ZuIni& i) { i.writeEntry(u("New"), u("a"), u("b")); }, "[New]\na=b\n"},
   };
@@ -140,8 +121,9 @@ TEST_F(Ini, EveryHostFailureOfAWriteLeavesTheOldFileWhole) {
           const bool whole = hostExists("c/DSN.INI") ? readHost("c/DSN.INI") == c.after ||
                                                            (c.exists && readHost("c/DSN.INI") == old)
                                                      : !c.exists;
-          const std::vector<std::string> expected =
-              hostExists("c/DSN.INI") ? std::vector<std::string>{"DSN.INI", "TEMP"} : std::vector<std::string>{"TEMP"};
+          const std::vector<std::string> expected = hostExists("c/DSN.INI")
+                                                        ? std::vector<std::string>{"DSN.INI", "TEMP"}
+                                                        : std::vector<std::string>{"TEMP"};
           if (!whole || hostNames("c") != expected || ZuErrorKeeper::getLastErrorNumber() != 0) {
             ADD_FAILURE() << "the file is not whole, or something is left beside it";
             return ZU_ERROR;
@@ -151,8 +133,9 @@ TEST_F(Ini, EveryHostFailureOfAWriteLeavesTheOldFileWhole) {
         {kOutOfMemory}, &tally));
   }
   // The sweep reached the lock, the read, the new file, its flush and the rename.
-  for (auto call : {zu::platform::HostCall::open, zu::platform::HostCall::fcntl, zu::platform::HostCall::pread,
-                    zu::platform::HostCall::write, zu::platform::HostCall::fsync, zu::platform::HostCall::rename}) {
+  for (auto call :
+       {zu::platform::HostCall::open, zu::platform::HostCall::fcntl, zu::platform::HostCall::pread,
+        zu::platform::HostCall::write, zu::platform::HostCall::fsync, zu::platform::HostCall::rename}) {
     EXPECT_NE(tally.slotsSeen & (std::uint64_t{1} << static_cast<unsigned>(call)), 0u)
         << zu::platform::hostCallName(call);
   }
@@ -183,7 +166,8 @@ TEST_F(Ini, TwoProcessesWritingOneFileAtOnceLoseNoEntry) {
   for (const char* who : {"child", "parent"}) {
     for (int i = 0; i < kEach; ++i) {
       const std::string entry = std::string(who) + std::to_string(i);
-      found += get(ini, ("Section" + std::to_string(i % 3)).c_str(), entry.c_str()) == entry + " value" ? 1 : 0;
+      found +=
+          get(ini, ("Section" + std::to_string(i % 3)).c_str(), entry.c_str()) == entry + " value" ? 1 : 0;
     }
   }
   EXPECT_EQ(found, 2 * kEach);
