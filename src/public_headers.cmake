@@ -22,6 +22,7 @@ set(ZU_PUBLIC_HEADERS
   storage/tmp_pages.h
   storage/tmp_file.h
   trees/tree.h
+  desktop/ini.h
   strings/bytes.h
   strings/compare.h
   strings/like.h

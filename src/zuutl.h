@@ -39,5 +39,6 @@
 #include "storage/bvm.h"
 #include "storage/tmp_file.h"
 #include "trees/tree.h"
+#include "desktop/ini.h"
 
 #endif

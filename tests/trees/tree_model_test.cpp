@@ -21,8 +21,8 @@ using zutest::TreeDrive;
 class Trees : public zutest::DosWorld {};
 
 constexpr std::uint32_t kCache = 8192;
-// The 32-bit build runs unoptimised under an emulator: smaller trees there,
-// still well past the cache.
+// The 32-bit build runs unoptimised under an emulator: fewer operations
+// there, on trees of the same size.
 constexpr std::uint32_t kScale = sizeof(void*) == 4 ? 1 : 2;
 
 std::string bytes(std::mt19937& rng, std::size_t n, unsigned alphabet) {
