@@ -21,6 +21,7 @@ set(ZU_PUBLIC_HEADERS
   storage/bvm.h
   storage/tmp_pages.h
   storage/tmp_file.h
+  storage/shared_file.h
   trees/tree.h
   desktop/ini.h
   strings/bytes.h

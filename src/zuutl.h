@@ -38,6 +38,7 @@
 #include "sort/sort.h"
 #include "storage/bvm.h"
 #include "storage/tmp_file.h"
+#include "storage/shared_file.h"
 #include "trees/tree.h"
 #include "desktop/ini.h"
 
