@@ -1,5 +1,5 @@
 // Drives a ZuTree beside a std::map, and a ZuPTree beside a std::vector of
-// optional entries (whose insert and erase are the shifts), one operation at
+// entries or holes (whose insert and erase are the shifts), one operation at
 // a time; each step checks the tree's answer against the model and records
 // the first disagreement in `failure`. Header-only, for tests and fuzzing.
 #ifndef ZU_TESTS_SUPPORT_TREE_DRIVE_H
@@ -8,7 +8,6 @@
 #include <cstdint>
 #include <cstring>
 #include <map>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -184,18 +183,18 @@ class PTreeDrive {
 
   bool step(PTreeOp op, std::uint32_t position, std::uint32_t other, const std::string& data) {
     unsigned int found = 9;
-    const bool present = position < model.size() && model[position].has_value();
+    const bool present = has(position);
     std::string got(tree.dataLength, '\0');
     switch (op) {
       case kPAddAtPos:
         if (tree.addAtPos(position, data.data()) != ZU_OK) return fail("addAtPos failed");
-        if (position >= model.size()) model.resize(position);
-        model.insert(model.begin() + position, data);
+        if (position >= model.size()) model.resize(position, kHole);
+        model.insert(model.begin() + position, keep(data));
         ++live_;
         break;
       case kPAddHole:
         if (tree.addHoleAtPos(position) != ZU_OK) return fail("addHoleAtPos failed");
-        if (position < model.size()) model.insert(model.begin() + position, std::nullopt);
+        if (position < model.size()) model.insert(model.begin() + position, kHole);
         break;
       case kPDeleteAtPos:
         if (tree.deleteKeyAtPos(position, &found) != ZU_OK) return fail("deleteKeyAtPos failed");
@@ -206,25 +205,25 @@ class PTreeDrive {
       case kPAdd:
         if (tree.add(&position, data.data(), &found) != ZU_OK) return fail("add failed");
         if (found != present) return fail("add: found flag");
-        if (!present) put(position, data);
+        if (!present) put(position, keep(data));
         break;
       case kPDelete:
         if (tree.deleteKey(&position, &found) != ZU_OK) return fail("deleteKey failed");
         if (found != present) return fail("deleteKey: found flag");
-        if (present) model[position].reset(), --live_;
+        if (present) model[position] = kHole, --live_;
         break;
       case kPLookup:
         if (tree.getData(&position, got.data(), &found) != ZU_OK) return fail("getData failed");
         if (found != present) return fail("getData: found flag");
-        if (present && got != *model[position]) return fail("getData: data");
+        if (present && got != datas_[model[position]]) return fail("getData: data");
         break;
       case kPChangeKey:
         if (tree.changeKey(&position, &other) != ZU_OK) return fail("changeKey failed");
         if (present) {
-          const std::string moved = *model[position];
-          model[position].reset();
+          const std::uint32_t moved = model[position];
+          model[position] = kHole;
           --live_;
-          if (other >= model.size() || !model[other].has_value()) put(other, moved);
+          if (!has(other)) put(other, moved);
         }
         break;
       case kPWalkAll:
@@ -236,26 +235,33 @@ class PTreeDrive {
   }
 
   ZuPTree tree;
-  std::vector<std::optional<std::string>> model;
+  // Entry p of the model: the index of its data, or kHole. Numbers, so
+  // that the shifts are cheap even where the build is slow.
+  std::vector<std::uint32_t> model;
   std::string failure;
 
  private:
-  std::uint32_t live_ = 0;  // entries of the model
+  static constexpr std::uint32_t kHole = 0xFFFFFFFF;
 
+  bool has(std::uint32_t position) const { return position < model.size() && model[position] != kHole; }
+  std::uint32_t keep(const std::string& data) {
+    datas_.push_back(data);
+    return static_cast<std::uint32_t>(datas_.size() - 1);
+  }
   bool fail(const char* what) {
     if (failure.empty()) failure = what;
     return false;
   }
-  void put(std::uint32_t position, const std::string& data) {
-    if (position >= model.size()) model.resize(position + 1);
-    live_ += model[position].has_value() ? 0 : 1;
-    model[position] = data;
+  void put(std::uint32_t position, std::uint32_t entry) {
+    if (position >= model.size()) model.resize(position + 1, kHole);
+    live_ += model[position] == kHole ? 1 : 0;
+    model[position] = entry;
   }
 
   bool walkAll(bool forward) {
     std::vector<std::uint32_t> positions;
     for (std::uint32_t p = 0; p < model.size(); ++p) {
-      if (model[p].has_value()) positions.push_back(p);
+      if (model[p] != kHole) positions.push_back(p);
     }
     unsigned int found = 0;
     std::uint32_t position = 0;
@@ -267,10 +273,13 @@ class PTreeDrive {
       if (found == 0) return fail("walk: ended early");
       const std::uint32_t want = forward ? positions[i] : positions[positions.size() - 1 - i];
       if (position != want) return fail("walk: wrong position");
-      if (d != *model[want]) return fail("walk: wrong data");
+      if (d != datas_[model[want]]) return fail("walk: wrong data");
       status = forward ? tree.getNext(&position, d.data(), &found) : tree.getPrevious(&position, d.data(), &found);
     }
   }
+
+  std::vector<std::string> datas_;
+  std::uint32_t live_ = 0;
 };
 
 }  // namespace zutest
