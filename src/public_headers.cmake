@@ -19,6 +19,8 @@ set(ZU_PUBLIC_HEADERS
   containers/sorted_array.h
   sort/sort.h
   storage/bvm.h
+  desktop/helpers.h
+  desktop/trace.h
   strings/bytes.h
   strings/compare.h
   strings/like.h
@@ -33,6 +35,7 @@ set(ZU_PUBLIC_HEADERS
   errors/keeper.h
   parsing/scanner.h
   parsing/value_parser.h
+  parsing/buttoken.h
   os/file.h
   os/path.h
   os/system.h

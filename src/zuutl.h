@@ -29,6 +29,7 @@
 #include "errors/keeper.h"
 #include "parsing/scanner.h"
 #include "parsing/value_parser.h"
+#include "parsing/buttoken.h"
 #include "containers/array.h"
 #include "containers/set.h"
 #include "containers/association.h"
@@ -37,5 +38,7 @@
 #include "containers/sorted_array.h"
 #include "sort/sort.h"
 #include "storage/bvm.h"
+#include "desktop/helpers.h"
+#include "desktop/trace.h"
 
 #endif
