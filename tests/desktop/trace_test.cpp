@@ -199,7 +199,8 @@ TEST_F(Trace, TraceThreadsNeverMixTheirLines) {
   std::atomic<bool> overLimit{false};
   std::thread watcher([&] {
     while (running.load() > 0) {
-      if (dsk::send(toWindow(trace.editWindow), dsk::kMessageGetTextLength, 0, 0) > kTraceWindowLimit) {
+      if (dsk::send(toWindow(trace.editWindow), dsk::kMessageGetTextLength, 0, 0) >
+          static_cast<std::intptr_t>(kTraceWindowLimit)) {
         overLimit = true;
       }
       std::this_thread::yield();
