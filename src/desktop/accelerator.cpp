@@ -32,22 +32,22 @@ void format(unsigned char* out, const unsigned char* text, const unsigned char* 
       put(*text++);
       continue;
     }
-    const unsigned char* spec = text + 1;
-    if (*spec == '%') {
+    const unsigned char* conversion = text + 1;
+    if (*conversion == '%') {
       put('%');
-      text = spec + 1;
+      text = conversion + 1;
       continue;
     }
-    const bool left = *spec == '-';
-    if (left) ++spec;
+    const bool left = *conversion == '-';
+    if (left) ++conversion;
     std::size_t width = 0, precision = SIZE_MAX;
-    while (zu::bytes::isDigit(*spec)) width = width * 10 + (*spec++ - '0');
-    if (*spec == '.') {
+    while (zu::bytes::isDigit(*conversion)) width = width * 10 + (*conversion++ - '0');
+    if (*conversion == '.') {
       precision = 0;
-      ++spec;
-      while (zu::bytes::isDigit(*spec)) precision = precision * 10 + (*spec++ - '0');
+      ++conversion;
+      while (zu::bytes::isDigit(*conversion)) precision = precision * 10 + (*conversion++ - '0');
     }
-    if (*spec != 's' && *spec != 'S') {
+    if (*conversion != 's' && *conversion != 'S') {
       put(*text++);
       continue;
     }
@@ -58,7 +58,7 @@ void format(unsigned char* out, const unsigned char* text, const unsigned char* 
     for (std::size_t pad = length; !left && pad < width; ++pad) put(' ');
     for (std::size_t i = 0; i < length; ++i) put(value[i]);
     for (std::size_t pad = length; left && pad < width; ++pad) put(' ');
-    text = spec + 1;
+    text = conversion + 1;
   }
   out[n] = 0;
 }

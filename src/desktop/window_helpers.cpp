@@ -71,7 +71,7 @@ void butdohlp(HWND window, unsigned short helpFileId, unsigned short /*spare*/,
   dsk::setCursor(before);
 }
 
-// The design's two 16-bit halves; where a pointer is wider, the high
+// Two 16-bit halves of a 32-bit pointer; where a pointer is wider, the high
 // property carries all of it above the low 16 bits.
 void zuSetWinPointer(HWND window, void* pointer) {
   const auto value = reinterpret_cast<std::uintptr_t>(pointer);
