@@ -24,6 +24,8 @@ set(ZU_PUBLIC_HEADERS
   storage/shared_file.h
   trees/tree.h
   desktop/ini.h
+  desktop/helpers.h
+  desktop/trace.h
   strings/bytes.h
   strings/compare.h
   strings/like.h
@@ -38,6 +40,7 @@ set(ZU_PUBLIC_HEADERS
   errors/keeper.h
   parsing/scanner.h
   parsing/value_parser.h
+  parsing/buttoken.h
   os/file.h
   os/path.h
   os/system.h

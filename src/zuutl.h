@@ -29,6 +29,7 @@
 #include "errors/keeper.h"
 #include "parsing/scanner.h"
 #include "parsing/value_parser.h"
+#include "parsing/buttoken.h"
 #include "containers/array.h"
 #include "containers/set.h"
 #include "containers/association.h"
@@ -41,5 +42,7 @@
 #include "storage/shared_file.h"
 #include "trees/tree.h"
 #include "desktop/ini.h"
+#include "desktop/helpers.h"
+#include "desktop/trace.h"
 
 #endif

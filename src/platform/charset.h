@@ -56,6 +56,22 @@ inline constexpr std::array<unsigned char, 256> kUpperCase = charset::makeUpperC
 // The upper case of one byte, as the platform folds text.
 inline unsigned char upperCase(unsigned char c) { return kUpperCase[c]; }
 
+namespace charset {
+// The upper-casing table turned round: each capital back to its letter.
+constexpr std::array<unsigned char, 256> makeLowerCase() {
+  std::array<unsigned char, 256> table{};
+  for (int c = 0; c < 256; ++c) table[c] = static_cast<unsigned char>(c);
+  for (int c = 0; c < 256; ++c) {
+    if (kUpperCase[c] != c) table[kUpperCase[c]] = static_cast<unsigned char>(c);
+  }
+  return table;
+}
+}  // namespace charset
+
+inline constexpr std::array<unsigned char, 256> kLowerCase = charset::makeLowerCase();
+
+inline unsigned char lowerCase(unsigned char c) { return kLowerCase[c]; }
+
 // The Unicode code point of one byte.
 constexpr std::uint32_t codePoint(unsigned char c) {
   return c >= charset::kHighRowFirst && c < charset::kHighRowFirst + charset::kHighRowSize

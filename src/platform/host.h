@@ -50,7 +50,10 @@ enum class FailsAs {
   X(sem_init, int, (sem_t * sem, int shared, unsigned value), ::sem_init(sem, shared, value),     \
     kMinusOne)                                                                                    \
   X(sem_wait, int, (sem_t * sem), ::sem_wait(sem), kMinusOne)                                     \
-  X(sem_post, int, (sem_t * sem), ::sem_post(sem), kMinusOne)                                     \
+  /* A post on a live count-1 semaphore cannot fail (its only errors are a */                      \
+  /* bad semaphore and an overflow at SEM_VALUE_MAX); a feigned failure    */                      \
+  /* would leave the lock held for good and hang the next taker.          */                      \
+  X(sem_post, int, (sem_t * sem), ::sem_post(sem), kNever)                                         \
   X(sem_destroy, int, (sem_t * sem), ::sem_destroy(sem), kMinusOne)                               \
   X(pthread_mutex_lock, int, (pthread_mutex_t * mutex), ::pthread_mutex_lock(mutex), kNever)      \
   X(pthread_mutex_unlock, int, (pthread_mutex_t * mutex), ::pthread_mutex_unlock(mutex), kNever)  \

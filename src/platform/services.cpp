@@ -40,11 +40,7 @@ void semWait(void* sem) {
   }
 }
 
-// A lost post would leave the lock held for good, so a refused one is tried
-// once more; a semaphore that refuses twice is beyond repair.
-void semPost(void* sem) {
-  if (host.sem_post(static_cast<sem_t*>(sem)) != 0) host.sem_post(static_cast<sem_t*>(sem));
-}
+void semPost(void* sem) { host.sem_post(static_cast<sem_t*>(sem)); }
 
 void semClose(void* sem) {
   host.sem_destroy(static_cast<sem_t*>(sem));
