@@ -1,3 +1,5 @@
+// The desktop's costs, each beside its peer where it has one.
+//
 // An INI lookup beside the driver manager's own, in one file of 1,000
 // entries (100 data sources of 10 entries each):
 //  - ZuIniLookup: ZuIni::getEntry of an entry in the last section, and of
@@ -7,6 +9,12 @@
 //    development files are (scripts/setup installs them).
 // And one write: ZuIniWrite replaces an entry's value, which reads the file,
 // writes a new one beside it, flushes it and renames it over.
+//
+// Trace lines per second: 60-byte lines through writeLine to a trace file
+// with each line forced to disk (the default) and without, to the window
+// alone (where the oldest lines are dropped once it holds 32767
+// characters), and to both. The file is C:\TMP\ZUBENCH.TRC in the DOS view
+// (ZU_DRIVES may move C:), removed at the end.
 #include <benchmark/benchmark.h>
 
 #include <stdlib.h>
@@ -16,7 +24,7 @@
 #include <fstream>
 #include <string>
 
-#include "desktop/ini.h"
+#include <zuutl.h>
 
 #ifdef ZU_HAVE_ODBCINST
 #include <odbcinst.h>
@@ -101,4 +109,53 @@ BENCHMARK(ZuIniWrite)->Unit(benchmark::kMicrosecond)->UseRealTime();
 
 }  // namespace
 
-BENCHMARK_MAIN();
+namespace {
+
+const unsigned char* bytes(const char* s) { return reinterpret_cast<const unsigned char*>(s); }
+
+constexpr const char* kTraceFile = "C:\\TMP\\ZUBENCH.TRC";
+const std::string kLine(60, 't');
+
+void traceLines(benchmark::State& state, bool toFile, bool toWindow, bool flush) {
+  ZuTrace trace;
+  if (trace.initialize(nullptr, toWindow ? 1 : 0, toFile ? bytes(kTraceFile) : nullptr) != ZU_OK) {
+    state.SkipWithError("the trace did not open");
+    return;
+  }
+  trace.setFlushLines(flush ? 1 : 0);
+  for (auto _ : state) {
+    if (trace.writeLine(bytes(kLine.c_str())) != ZU_OK) {
+      state.SkipWithError("a line was refused");
+      break;
+    }
+  }
+  state.SetItemsProcessed(state.iterations());
+  trace.resetTrace();
+  if (toFile) bosFileDelete(bytes(kTraceFile));
+}
+
+void FileFlushingEachLine(benchmark::State& state) { traceLines(state, true, false, true); }
+void FileWithoutFlushing(benchmark::State& state) { traceLines(state, true, false, false); }
+void WindowOnly(benchmark::State& state) { traceLines(state, false, true, false); }
+void FileAndWindowWithoutFlushing(benchmark::State& state) { traceLines(state, true, true, false); }
+
+}  // namespace
+
+BENCHMARK(FileFlushingEachLine)->UseRealTime();
+BENCHMARK(FileWithoutFlushing)->UseRealTime();
+BENCHMARK(WindowOnly);
+BENCHMARK(FileAndWindowWithoutFlushing)->UseRealTime();
+
+int main(int argc, char** argv) {
+  mdsPerTaskInit();
+  mdsPerThreadInit();
+  ZuErrorList errors;
+  ZuErrorKeeper::setErrorList(&errors);
+  benchmark::Initialize(&argc, argv);
+  benchmark::RunSpecifiedBenchmarks();
+  benchmark::Shutdown();
+  ZuErrorKeeper::giveUpErrorList();
+  mdsPerThreadTerm();
+  mdsPerTaskTerm();
+  return 0;
+}
