@@ -25,6 +25,7 @@ constexpr std::uint32_t kFitUnknown = 0xFFFFFFFFu;
 // One task per process, so the index and the chain's tail sit beside the
 // per-task slot that holds the chain's head. Guarded by ramSemaphore.
 SegmentIndex segmentIndex;
+SegmentMap addressMap;
 RamSegment* chainTail = nullptr;
 bool useIndex = true;
 
@@ -38,8 +39,34 @@ void refreshFit(RamSegment* s) {
   segmentIndex.setFit(n, s->rover == kNullOffset ? 0 : n->clean ? n->largest : kFitUnknown);
 }
 
-void markDirty(RamSegment* s) {
-  if (useIndex) nodeOf(s)->clean = false;
+// Segments above this size are not walked to find a block's predecessor;
+// a free there just makes the segment's bound unknown.
+constexpr std::uint32_t kWalkLimit = 2048;
+
+bool freeBefore(RamSegment* s, std::uint32_t b) {
+  if (b == kSegmentHeader) return false;
+  if (s->size > kWalkLimit) return true;
+  std::uint32_t off = kSegmentHeader;
+  for (std::uint32_t next = off + blockSize(s, off); next != b; next += blockSize(s, next)) off = next;
+  return !inUse(s, off);
+}
+
+bool freeAfter(RamSegment* s, std::uint32_t b) {
+  std::uint32_t q = b + blockSize(s, b);
+  return q < s->size && !inUse(s, q);
+}
+
+// A block has just become free: a clean segment stays clean unless the
+// block touches another free block, which only a search may merge.
+void noteFreed(RamSegment* s, std::uint32_t b, bool predecessorInUse) {
+  if (!useIndex) return;
+  IndexNode* n = nodeOf(s);
+  if (!n->clean) return;
+  if (freeAfter(s, b) || (!predecessorInUse && freeBefore(s, b))) {
+    n->clean = false;
+  } else if (blockSize(s, b) > n->largest) {
+    n->largest = blockSize(s, b);
+  }
 }
 
 // After a search that failed, no two free blocks are adjacent: record the
@@ -93,7 +120,15 @@ RamSegment* makeSegment(std::uint32_t need) {
   return s;
 }
 
-void appendSegment(RamSegment* s) {
+// False when the index could not take the segment; nothing is linked then.
+bool appendSegment(RamSegment* s) {
+  if (useIndex) {
+    if (!addressMap.add(s)) return false;
+    if (!segmentIndex.append(nodeOf(s))) {
+      addressMap.drop(s);
+      return false;
+    }
+  }
   if (chainTail == nullptr) {
     chainHead() = s;
   } else {
@@ -101,7 +136,7 @@ void appendSegment(RamSegment* s) {
     s->prevSegment = chainTail;
   }
   chainTail = s;
-  if (useIndex) segmentIndex.append(nodeOf(s));
+  return true;
 }
 
 void releaseSegment(RamSegment* s) {
@@ -115,7 +150,10 @@ void releaseSegment(RamSegment* s) {
   } else {
     chainTail = s->prevSegment;
   }
-  if (useIndex) segmentIndex.remove(nodeOf(s));
+  if (useIndex) {
+    segmentIndex.remove(nodeOf(s));
+    addressMap.drop(s);
+  }
   sys.blockFree(nodeOf(s));
 }
 
@@ -169,13 +207,7 @@ void cutBlock(RamSegment* s, std::uint32_t p, std::uint32_t need) {
 // The segment holding `p`: the first in the chain whose bytes contain it.
 RamSegment* findSegment(const void* p) {
   auto at = reinterpret_cast<std::uintptr_t>(p);
-  if (useIndex) {
-    IndexNode* n = segmentIndex.atOrBelow(p);
-    if (n == nullptr) return nullptr;
-    RamSegment* s = segmentOf(n);
-    auto from = reinterpret_cast<std::uintptr_t>(s);
-    return at >= from && at < from + s->size ? s : nullptr;
-  }
+  if (useIndex) return addressMap.find(p);
   for (RamSegment* s = chainHead(); s != nullptr; s = s->nextSegment) {
     auto from = reinterpret_cast<std::uintptr_t>(s);
     if (at >= from && at < from + s->size) return s;
@@ -218,10 +250,16 @@ void* allocate(std::uint32_t n) {
   if (found == nullptr) {
     found = makeSegment(need);
     if (found == nullptr) return nullptr;
-    appendSegment(found);
+    if (!appendSegment(found)) {
+      sys.blockFree(nodeOf(found));
+      return nullptr;
+    }
     block = searchSegment(found, need);
   }
   cutBlock(found, block, need);
+  // The bound of a small clean segment is kept exact, so that the index
+  // sends a request only where it fits.
+  if (useIndex && nodeOf(found)->clean && found->size <= kWalkLimit) markCoalesced(found);
   ++found->blocksInUse;
   setInUse(found, block, blockSize(found, block), n);
   refreshFit(found);
@@ -233,6 +271,7 @@ void* allocate(std::uint32_t n) {
 RamSegment* head() { return chainHead(); }
 RamSegment* tail() { return chainTail; }
 const SegmentIndex& index() { return segmentIndex; }
+const SegmentMap& segmentMap() { return addressMap; }
 bool indexEnabled() { return useIndex; }
 
 bool setIndexEnabled(bool on) {
@@ -286,7 +325,7 @@ void ramFree(const void* block) {
   }
   word(s, b) &= kSizeMask;
   pushFree(s, b);
-  markDirty(s);
+  noteFreed(s, b, false);
   refreshFit(s);
 }
 
@@ -318,8 +357,7 @@ ZuStatus ramResize(void** block, std::uint32_t size) {
       if (q < s->size && !inUse(s, q) && have + blockSize(s, q) >= need) {
         have += blockSize(s, q);
         unlinkFree(s, q);
-        if (s->rover == q) s->rover = s->freeHead;
-        markDirty(s);
+        if (s->rover == q) s->rover = s->freeHead;  // one free block fewer: no new neighbours
         fits = true;
       }
     }
@@ -328,7 +366,7 @@ ZuStatus ramResize(void** block, std::uint32_t size) {
         std::uint32_t t = b + need;
         word(s, t) = have - need;
         pushFree(s, t);
-        markDirty(s);
+        noteFreed(s, t, true);
         have = need;
       }
       setInUse(s, b, have, size);
