@@ -8,7 +8,7 @@
 #include <cstring>
 
 #include "frame/from_above.h"
-#include "frame/hold.h"
+#include "memory/heap_lock.h"
 #include "frame/statics.h"
 #include "frame/task.h"
 #include "memory/ram.h"
@@ -224,7 +224,7 @@ void* pointerOf(RamSegment* s, std::uint32_t b) { return base(s) + b + kWord; }
 void* allocate(std::uint32_t n) {
   if (n > kMaxRequest) return nullptr;
   std::uint32_t need = blockNeed(n);
-  zu::Hold lock(ramSemaphore);
+  HeapLock lock;
   RamSegment* found = nullptr;
   std::uint32_t block = kNullOffset;
   if (useIndex) {
@@ -275,7 +275,7 @@ const SegmentMap& segmentMap() { return addressMap; }
 bool indexEnabled() { return useIndex; }
 
 bool setIndexEnabled(bool on) {
-  zu::Hold lock(ramSemaphore);
+  HeapLock lock;
   if (chainHead() != nullptr) return on == useIndex;
   useIndex = on;
   return true;
@@ -314,7 +314,7 @@ unsigned char* ramAllocStr(const unsigned char* text, std::uint32_t length) {
 
 void ramFree(const void* block) {
   if (block == nullptr) return;
-  zu::Hold lock(ramSemaphore);
+  HeapLock lock;
   RamSegment* s = findSegment(block);
   assert(s != nullptr && "ramFree: pointer in no segment");
   std::uint32_t b = offsetOf(s, block);
@@ -343,7 +343,7 @@ ZuStatus ramResize(void** block, std::uint32_t size) {
   std::uint32_t need = blockNeed(size);
   std::uint32_t old;
   {
-    zu::Hold lock(ramSemaphore);
+    HeapLock lock;
     RamSegment* s = findSegment(*block);
     assert(s != nullptr && "ramResize: pointer in no segment");
     std::uint32_t b = offsetOf(s, *block);

@@ -2,8 +2,8 @@
 // lists directions and the index beside the chain.
 #include <cstdio>
 
-#include "frame/statics.h"
 #include "memory/heap.h"
+#include "memory/heap_lock.h"
 
 namespace zu::heap {
 namespace {
@@ -55,8 +55,8 @@ const char* checkSegment(RamSegment* s) {
 }  // namespace
 
 const char* check() {
-  ramSemaphore.lock();
   const char* result = nullptr;
+  HeapLock lock;
   std::uint32_t segments = 0;
   std::uint32_t granules = 0;
   RamSegment* prev = nullptr;
@@ -90,7 +90,6 @@ const char* check() {
        !index().summariesHold())) {
     result = fail("index size differs from the chain, or a summary is stale", nullptr, segments);
   }
-  ramSemaphore.unlock();
   return result;
 }
 
