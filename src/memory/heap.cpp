@@ -256,10 +256,15 @@ void* allocate(std::uint32_t n) {
     }
     block = searchSegment(found, need);
   }
+  const std::uint32_t cut = blockSize(found, block);
   cutBlock(found, block, need);
   // The bound of a small clean segment is kept exact, so that the index
-  // sends a request only where it fits.
-  if (useIndex && nodeOf(found)->clean && found->size <= kWalkLimit) markCoalesced(found);
+  // sends a request only where it fits; only cutting the largest block
+  // can lower it.
+  if (useIndex && nodeOf(found)->clean && found->size <= kWalkLimit &&
+      cut == nodeOf(found)->largest) {
+    markCoalesced(found);
+  }
   ++found->blocksInUse;
   setInUse(found, block, blockSize(found, block), n);
   refreshFit(found);
