@@ -53,6 +53,7 @@ class SegmentIndex {
     while (i * 8 <= capacity_) {
       const std::uint32_t* group = fits_ + i * 8;
       std::uint32_t hits = 0;
+#pragma GCC unroll 8
       for (std::uint32_t k = 0; k < 8; ++k) hits |= (group[k] >= need ? 1u : 0u) << k;
       i = i * 8 + static_cast<std::uint32_t>(__builtin_ctz(hits));
     }
