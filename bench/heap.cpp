@@ -149,7 +149,8 @@ constexpr char kTunable[] = "glibc.rtld.optional_static_tls=65536";
 void reserveStaticTls(char** argv) {
   const char* set = std::getenv("GLIBC_TUNABLES");
   if (set != nullptr && std::strstr(set, "optional_static_tls") != nullptr) return;
-  setenv("GLIBC_TUNABLES", kTunable, 1);
+  const std::string tunables = set != nullptr ? std::string(set) + ":" + kTunable : kTunable;
+  setenv("GLIBC_TUNABLES", tunables.c_str(), 1);
   execv("/proc/self/exe", argv);  // on failure jemalloc is reported as not measured
 }
 #endif
