@@ -1,10 +1,17 @@
 // The heap against the C library: alloc/free pairs and resizes of random
 // sizes (8 to 256 bytes) among a population of live blocks. The "_noindex"
 // runs walk the segment chain as a plain first-fit heap would, to show what
-// the index beside the chain buys as the population grows.
+// the index beside the chain buys as the population grows. jemalloc and
+// mimalloc run beside glibc when the build found them; they are loaded by
+// path, so the program's own malloc stays glibc's.
 #include <benchmark/benchmark.h>
+#include <dlfcn.h>
+#include <unistd.h>
 
+#include <cstdio>
 #include <cstdlib>
+#include <cstring>
+#include <string>
 #include <random>
 #include <vector>
 
@@ -43,6 +50,31 @@ struct Malloc {
   static void release(void* p) { std::free(p); }
   static void* resize(void* p, std::uint32_t n) { return std::realloc(p, n); }
 };
+
+// An allocator loaded from a shared library; `Tag` tells the instances apart.
+template <int Tag>
+struct Loaded {
+  static inline void* (*allocFn)(std::size_t) = nullptr;
+  static inline void (*releaseFn)(void*) = nullptr;
+  static inline void* (*resizeFn)(void*, std::size_t) = nullptr;
+  static void* alloc(std::uint32_t n) { return allocFn(n); }
+  static void release(void* p) { releaseFn(p); }
+  static void* resize(void* p, std::uint32_t n) { return resizeFn(p, n); }
+
+  static bool load(const char* path, const char* alloc, const char* release, const char* resize) {
+    void* library = dlopen(path, RTLD_NOW | RTLD_LOCAL);
+    if (library == nullptr) {
+      std::fprintf(stderr, "not measured: %s\n", dlerror());
+      return false;
+    }
+    allocFn = reinterpret_cast<void* (*)(std::size_t)>(dlsym(library, alloc));
+    releaseFn = reinterpret_cast<void (*)(void*)>(dlsym(library, release));
+    resizeFn = reinterpret_cast<void* (*)(void*, std::size_t)>(dlsym(library, resize));
+    return allocFn != nullptr && releaseFn != nullptr && resizeFn != nullptr;
+  }
+};
+using Jemalloc = Loaded<1>;
+using Mimalloc = Loaded<2>;
 
 template <class Heap>
 std::vector<void*> populate(std::size_t live, const Script& script) {
@@ -100,6 +132,46 @@ BENCHMARK(Resize<Ram>)->Apply(Populations);
 BENCHMARK(Resize<Malloc>)->Apply(Populations);
 BENCHMARK(Resize<Ram, false>)->Name("Resize<Ram>_noindex")->Apply(Populations);
 
+template <class Heap>
+void registerPeer(const char* name) {
+  benchmark::RegisterBenchmark((std::string("AllocFreePair<") + name + ">").c_str(),
+                               AllocFreePair<Heap>)
+      ->Apply(Populations);
+  benchmark::RegisterBenchmark((std::string("Resize<") + name + ">").c_str(), Resize<Heap>)
+      ->Apply(Populations);
+}
+
+#ifdef ZU_BENCH_JEMALLOC
+// jemalloc's thread data is of the initial-exec kind, which a library opened
+// late finds room for only when the loader reserved it at start.
+constexpr char kTunable[] = "glibc.rtld.optional_static_tls=65536";
+
+void reserveStaticTls(char** argv) {
+  const char* set = std::getenv("GLIBC_TUNABLES");
+  if (set != nullptr && std::strstr(set, "optional_static_tls") != nullptr) return;
+  const std::string tunables = set != nullptr ? std::string(set) + ":" + kTunable : kTunable;
+  setenv("GLIBC_TUNABLES", tunables.c_str(), 1);
+  execv("/proc/self/exe", argv);  // on failure jemalloc is reported as not measured
+}
+#endif
+
 }  // namespace
 
-BENCHMARK_MAIN();
+int main(int argc, char** argv) {
+#ifdef ZU_BENCH_JEMALLOC
+  reserveStaticTls(argv);
+  if (Jemalloc::load(ZU_BENCH_JEMALLOC, "malloc", "free", "realloc")) {
+    registerPeer<Jemalloc>("Jemalloc");
+  }
+#endif
+#ifdef ZU_BENCH_MIMALLOC
+  if (Mimalloc::load(ZU_BENCH_MIMALLOC, "mi_malloc", "mi_free", "mi_realloc")) {
+    registerPeer<Mimalloc>("Mimalloc");
+  }
+#endif
+  benchmark::Initialize(&argc, argv);
+  if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
+  benchmark::RunSpecifiedBenchmarks();
+  benchmark::Shutdown();
+  return 0;
+}

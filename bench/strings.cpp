@@ -1,5 +1,9 @@
-// The byte copies beside the C library's, and LIKE over a large text.
+// The byte copies beside the C library's, and LIKE over a large text beside
+// SQLite's LIKE and GLOB when the build found SQLite.
 #include <benchmark/benchmark.h>
+#ifdef ZU_BENCH_SQLITE3
+#include <sqlite3.h>
+#endif
 
 #include <cstring>
 #include <random>
@@ -69,6 +73,12 @@ void Strcpy(benchmark::State& s) {
     std::strcpy(reinterpret_cast<char*>(d), reinterpret_cast<const char*>(c));
   });
 }
+void Stpcpy(benchmark::State& s) {
+  runCopy(s, [](auto d, auto c, size_t) {
+    benchmark::DoNotOptimize(
+        stpcpy(reinterpret_cast<char*>(d), reinterpret_cast<const char*>(c)));
+  });
+}
 void ButStcpy(benchmark::State& s) {
   runCopy(s, [](auto d, auto c, size_t) { BUTSTCPY(d, c); });
 }
@@ -95,6 +105,7 @@ BENCHMARK(MemCopyHuge) COPY_SIZES;
 BENCHMARK(StrCopyCount) COPY_SIZES;
 BENCHMARK(StrCopyBounded) COPY_SIZES;
 BENCHMARK(Strcpy) COPY_SIZES;
+BENCHMARK(Stpcpy) COPY_SIZES;
 BENCHMARK(ButStcpy) COPY_SIZES;
 BENCHMARK(OverlapMemmoveUp) COPY_SIZES;
 BENCHMARK(OverlapMemCopyHugeUp) COPY_SIZES;
@@ -128,6 +139,27 @@ void LikeExact(benchmark::State& s) { runLike(s, 1); }
 void LikeFolded(benchmark::State& s) { runLike(s, 0); }
 BENCHMARK(LikeExact);
 BENCHMARK(LikeFolded);
+
+#ifdef ZU_BENCH_SQLITE3
+// SQLite's LIKE folds ASCII; its GLOB is exact. Same text, same question.
+template <typename Match>
+void runSqlite(benchmark::State& state, Match match) {
+  const std::string text = likeText();
+  for (auto _ : state) {
+    const int found = match(text.c_str());
+    benchmark::DoNotOptimize(found);
+  }
+  state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * text.size());
+}
+void SqliteStrlike(benchmark::State& s) {
+  runSqlite(s, [](const char* t) { return sqlite3_strlike("%abc%", t, '\\'); });
+}
+void SqliteStrglob(benchmark::State& s) {
+  runSqlite(s, [](const char* t) { return sqlite3_strglob("*abc*", t); });
+}
+BENCHMARK(SqliteStrlike);
+BENCHMARK(SqliteStrglob);
+#endif
 
 }  // namespace
 

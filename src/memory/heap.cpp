@@ -8,7 +8,7 @@
 #include <cstring>
 
 #include "frame/from_above.h"
-#include "frame/hold.h"
+#include "memory/heap_lock.h"
 #include "frame/statics.h"
 #include "frame/task.h"
 #include "memory/ram.h"
@@ -25,6 +25,7 @@ constexpr std::uint32_t kFitUnknown = 0xFFFFFFFFu;
 // One task per process, so the index and the chain's tail sit beside the
 // per-task slot that holds the chain's head. Guarded by ramSemaphore.
 SegmentIndex segmentIndex;
+SegmentMap addressMap;
 RamSegment* chainTail = nullptr;
 bool useIndex = true;
 
@@ -38,8 +39,43 @@ void refreshFit(RamSegment* s) {
   segmentIndex.setFit(n, s->rover == kNullOffset ? 0 : n->clean ? n->largest : kFitUnknown);
 }
 
-void markDirty(RamSegment* s) {
-  if (useIndex) nodeOf(s)->clean = false;
+// Segments above this size are not walked to find a block's predecessor;
+// a free there just makes the segment's bound unknown.
+constexpr std::uint32_t kWalkLimit = 2048;
+
+// A small segment's lines are asked for at once, so that a walk through its
+// blocks waits for memory once rather than at every block.
+constexpr std::uint32_t kLine = 64;
+
+void prefetchBlocks(RamSegment* s, std::uint32_t to) {
+  for (std::uint32_t at = kSegmentHeader + kLine; at < to; at += kLine) __builtin_prefetch(base(s) + at);
+}
+
+bool freeBefore(RamSegment* s, std::uint32_t b) {
+  if (b == kSegmentHeader) return false;
+  if (s->size > kWalkLimit) return true;
+  prefetchBlocks(s, b);
+  std::uint32_t off = kSegmentHeader;
+  for (std::uint32_t next = off + blockSize(s, off); next != b; next += blockSize(s, next)) off = next;
+  return !inUse(s, off);
+}
+
+bool freeAfter(RamSegment* s, std::uint32_t b) {
+  std::uint32_t q = b + blockSize(s, b);
+  return q < s->size && !inUse(s, q);
+}
+
+// A block has just become free: a clean segment stays clean unless the
+// block touches another free block, which only a search may merge.
+void noteFreed(RamSegment* s, std::uint32_t b, bool predecessorInUse) {
+  if (!useIndex) return;
+  IndexNode* n = nodeOf(s);
+  if (!n->clean) return;
+  if (freeAfter(s, b) || (!predecessorInUse && freeBefore(s, b))) {
+    n->clean = false;
+  } else if (blockSize(s, b) > n->largest) {
+    n->largest = blockSize(s, b);
+  }
 }
 
 // After a search that failed, no two free blocks are adjacent: record the
@@ -93,7 +129,15 @@ RamSegment* makeSegment(std::uint32_t need) {
   return s;
 }
 
-void appendSegment(RamSegment* s) {
+// False when the index could not take the segment; nothing is linked then.
+bool appendSegment(RamSegment* s) {
+  if (useIndex) {
+    if (!addressMap.add(s)) return false;
+    if (!segmentIndex.append(nodeOf(s))) {
+      addressMap.drop(s);
+      return false;
+    }
+  }
   if (chainTail == nullptr) {
     chainHead() = s;
   } else {
@@ -101,7 +145,7 @@ void appendSegment(RamSegment* s) {
     s->prevSegment = chainTail;
   }
   chainTail = s;
-  if (useIndex) segmentIndex.append(nodeOf(s));
+  return true;
 }
 
 void releaseSegment(RamSegment* s) {
@@ -115,7 +159,10 @@ void releaseSegment(RamSegment* s) {
   } else {
     chainTail = s->prevSegment;
   }
-  if (useIndex) segmentIndex.remove(nodeOf(s));
+  if (useIndex) {
+    segmentIndex.remove(nodeOf(s));
+    addressMap.drop(s);
+  }
   sys.blockFree(nodeOf(s));
 }
 
@@ -169,13 +216,7 @@ void cutBlock(RamSegment* s, std::uint32_t p, std::uint32_t need) {
 // The segment holding `p`: the first in the chain whose bytes contain it.
 RamSegment* findSegment(const void* p) {
   auto at = reinterpret_cast<std::uintptr_t>(p);
-  if (useIndex) {
-    IndexNode* n = segmentIndex.atOrBelow(p);
-    if (n == nullptr) return nullptr;
-    RamSegment* s = segmentOf(n);
-    auto from = reinterpret_cast<std::uintptr_t>(s);
-    return at >= from && at < from + s->size ? s : nullptr;
-  }
+  if (useIndex) return addressMap.find(p);
   for (RamSegment* s = chainHead(); s != nullptr; s = s->nextSegment) {
     auto from = reinterpret_cast<std::uintptr_t>(s);
     if (at >= from && at < from + s->size) return s;
@@ -192,12 +233,13 @@ void* pointerOf(RamSegment* s, std::uint32_t b) { return base(s) + b + kWord; }
 void* allocate(std::uint32_t n) {
   if (n > kMaxRequest) return nullptr;
   std::uint32_t need = blockNeed(n);
-  zu::Hold lock(ramSemaphore);
+  HeapLock lock;
   RamSegment* found = nullptr;
   std::uint32_t block = kNullOffset;
   if (useIndex) {
     while (IndexNode* node = segmentIndex.firstFit(need)) {
       RamSegment* s = segmentOf(node);
+      if (s->size <= kWalkLimit) prefetchBlocks(s, s->size);
       block = searchSegment(s, need);
       if (block != kNullOffset) {
         found = s;
@@ -218,10 +260,21 @@ void* allocate(std::uint32_t n) {
   if (found == nullptr) {
     found = makeSegment(need);
     if (found == nullptr) return nullptr;
-    appendSegment(found);
+    if (!appendSegment(found)) {
+      sys.blockFree(nodeOf(found));
+      return nullptr;
+    }
     block = searchSegment(found, need);
   }
+  const std::uint32_t cut = blockSize(found, block);
   cutBlock(found, block, need);
+  // The bound of a small clean segment is kept exact, so that the index
+  // sends a request only where it fits; only cutting the largest block
+  // can lower it.
+  if (useIndex && nodeOf(found)->clean && found->size <= kWalkLimit &&
+      cut == nodeOf(found)->largest) {
+    markCoalesced(found);
+  }
   ++found->blocksInUse;
   setInUse(found, block, blockSize(found, block), n);
   refreshFit(found);
@@ -233,10 +286,11 @@ void* allocate(std::uint32_t n) {
 RamSegment* head() { return chainHead(); }
 RamSegment* tail() { return chainTail; }
 const SegmentIndex& index() { return segmentIndex; }
+const SegmentMap& segmentMap() { return addressMap; }
 bool indexEnabled() { return useIndex; }
 
 bool setIndexEnabled(bool on) {
-  zu::Hold lock(ramSemaphore);
+  HeapLock lock;
   if (chainHead() != nullptr) return on == useIndex;
   useIndex = on;
   return true;
@@ -275,7 +329,9 @@ unsigned char* ramAllocStr(const unsigned char* text, std::uint32_t length) {
 
 void ramFree(const void* block) {
   if (block == nullptr) return;
-  zu::Hold lock(ramSemaphore);
+  // The block's own header is read while the segment is being found.
+  __builtin_prefetch(static_cast<const unsigned char*>(block) - kWord, 1);
+  HeapLock lock;
   RamSegment* s = findSegment(block);
   assert(s != nullptr && "ramFree: pointer in no segment");
   std::uint32_t b = offsetOf(s, block);
@@ -286,7 +342,7 @@ void ramFree(const void* block) {
   }
   word(s, b) &= kSizeMask;
   pushFree(s, b);
-  markDirty(s);
+  noteFreed(s, b, false);
   refreshFit(s);
 }
 
@@ -304,7 +360,7 @@ ZuStatus ramResize(void** block, std::uint32_t size) {
   std::uint32_t need = blockNeed(size);
   std::uint32_t old;
   {
-    zu::Hold lock(ramSemaphore);
+    HeapLock lock;
     RamSegment* s = findSegment(*block);
     assert(s != nullptr && "ramResize: pointer in no segment");
     std::uint32_t b = offsetOf(s, *block);
@@ -318,8 +374,7 @@ ZuStatus ramResize(void** block, std::uint32_t size) {
       if (q < s->size && !inUse(s, q) && have + blockSize(s, q) >= need) {
         have += blockSize(s, q);
         unlinkFree(s, q);
-        if (s->rover == q) s->rover = s->freeHead;
-        markDirty(s);
+        if (s->rover == q) s->rover = s->freeHead;  // one free block fewer: no new neighbours
         fits = true;
       }
     }
@@ -328,7 +383,7 @@ ZuStatus ramResize(void** block, std::uint32_t size) {
         std::uint32_t t = b + need;
         word(s, t) = have - need;
         pushFree(s, t);
-        markDirty(s);
+        noteFreed(s, t, true);
         have = need;
       }
       setInUse(s, b, have, size);

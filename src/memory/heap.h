@@ -6,6 +6,7 @@
 
 #include "memory/heap_layout.h"
 #include "memory/segment_index.h"
+#include "memory/segment_map.h"
 
 namespace zu::heap {
 
@@ -24,6 +25,7 @@ inline RamSegment* segmentOf(IndexNode* n) {
 RamSegment* head();
 RamSegment* tail();
 const SegmentIndex& index();
+const SegmentMap& segmentMap();
 
 // The index is on by default. It can be switched only while the heap is
 // empty; returns whether the switch happened.

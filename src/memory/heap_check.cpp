@@ -2,8 +2,8 @@
 // lists directions and the index beside the chain.
 #include <cstdio>
 
-#include "frame/statics.h"
 #include "memory/heap.h"
+#include "memory/heap_lock.h"
 
 namespace zu::heap {
 namespace {
@@ -52,39 +52,22 @@ const char* checkSegment(RamSegment* s) {
   return nullptr;
 }
 
-// Counts a tree's nodes; in the order tree also checks each node's parent
-// and its subtree's largest fit. Returns ~0u on a fault.
-std::uint32_t countIndex(const IndexNode* n, bool byOrder, const IndexNode* parent = nullptr) {
-  if (n == nullptr) return 0;
-  const IndexNode* const* kids = byOrder ? n->byOrder : n->byAddress;
-  if (byOrder) {
-    std::uint32_t best = n->fit;
-    for (const IndexNode* c : n->byOrder) {
-      if (c != nullptr && c->subtreeFit > best) best = c->subtreeFit;
-    }
-    if (n->orderParent != parent || n->subtreeFit != best) return ~0u;
-  }
-  std::uint32_t left = countIndex(kids[0], byOrder, n);
-  std::uint32_t right = countIndex(kids[1], byOrder, n);
-  if (left == ~0u || right == ~0u) return ~0u;
-  return 1 + left + right;
-}
-
 }  // namespace
 
 const char* check() {
-  ramSemaphore.lock();
   const char* result = nullptr;
+  HeapLock lock;
   std::uint32_t segments = 0;
+  std::uint32_t granules = 0;
   RamSegment* prev = nullptr;
   for (RamSegment* s = head(); s != nullptr && result == nullptr; s = s->nextSegment) {
     if (s->prevSegment != prev) result = fail("chain back link broken", s, 0);
     if (result == nullptr) result = checkSegment(s);
     if (result == nullptr && indexEnabled()) {
       IndexNode* n = nodeOf(s);
-      if (prev != nullptr && nodeOf(prev)->order >= n->order) {
+      if ((prev != nullptr && nodeOf(prev)->slot >= n->slot) || index().inSlot(n->slot) != n) {
         result = fail("index order differs from the chain", s, 0);
-      } else if (index().atOrBelow(s) != n) {
+      } else if (segmentMap().find(s) != s || segmentMap().find(base(s) + s->size - 1) != s) {
         result = fail("index cannot find the segment by address", s, 0);
       } else if (n->clean && s->rover != kNullOffset) {
         for (std::uint32_t b = s->freeHead; b != kNullOffset; b = nextFree(s, b)) {
@@ -94,16 +77,19 @@ const char* check() {
         }
       }
     }
+    granules += static_cast<std::uint32_t>(
+        ((reinterpret_cast<std::uintptr_t>(s) + s->size - 1) >> SegmentMap::kGranuleBits) -
+        (reinterpret_cast<std::uintptr_t>(s) >> SegmentMap::kGranuleBits) + 1);
     prev = s;
     ++segments;
   }
   if (result == nullptr && prev != tail()) result = fail("chain tail is stale", prev, 0);
   if (result == nullptr && indexEnabled() &&
-      (countIndex(index().root(), true) != segments ||
-       countIndex(index().addressRoot(), false) != segments)) {
-    result = fail("index size differs from the chain, or a subtree summary is stale", nullptr, segments);
+      (index().count() != segments ||
+       segmentMap().entries() != granules ||
+       !index().summariesHold())) {
+    result = fail("index size differs from the chain, or a summary is stale", nullptr, segments);
   }
-  ramSemaphore.unlock();
   return result;
 }
 

@@ -1,147 +1,100 @@
 #include "memory/segment_index.h"
 
 #include <cstddef>
+#include <cstring>
+
+#include "platform/platform.h"
 
 namespace zu::heap {
 namespace {
 
-// Both trees are treaps under the same priority; they differ in the child
-// links they use, the key they order by and whether they keep subtreeFit.
-struct ByAddress {
-  static IndexNode*& child(IndexNode* n, int side) { return n->byAddress[side]; }
-  static bool less(const IndexNode* a, const IndexNode* b) {
-    return reinterpret_cast<std::uintptr_t>(a) < reinterpret_cast<std::uintptr_t>(b);
-  }
-  static void refresh(IndexNode*) {}
-};
+using platform::sys;
 
-struct ByOrder {
-  static IndexNode*& child(IndexNode* n, int side) { return n->byOrder[side]; }
-  static bool less(const IndexNode* a, const IndexNode* b) { return a->order < b->order; }
-  static std::uint32_t largestBelow(const IndexNode* n) {
-    std::uint32_t best = n->fit;
-    for (const IndexNode* c : n->byOrder) {
-      if (c != nullptr && c->subtreeFit > best) best = c->subtreeFit;
-    }
-    return best;
-  }
-  // Every change of shape refreshes the nodes whose children changed, so
-  // this is also where the children learn their parent.
-  static void refresh(IndexNode* n) {
-    for (IndexNode* c : n->byOrder) {
-      if (c != nullptr) c->orderParent = n;
-    }
-    n->subtreeFit = largestBelow(n);
-  }
-};
+constexpr std::uint32_t kFewestSlots = 64;
 
-// Splits `t` into nodes ordered before `key` and the rest.
-template <class Tree>
-void split(IndexNode* t, const IndexNode* key, IndexNode** left, IndexNode** right) {
-  if (t == nullptr) {
-    *left = *right = nullptr;
-  } else if (Tree::less(t, key)) {
-    split<Tree>(Tree::child(t, 1), key, &Tree::child(t, 1), right);
-    Tree::refresh(t);
-    *left = t;
-  } else {
-    split<Tree>(Tree::child(t, 0), key, left, &Tree::child(t, 0));
-    Tree::refresh(t);
-    *right = t;
-  }
-}
-
-// Joins two treaps where every node of `a` orders before every node of `b`.
-template <class Tree>
-IndexNode* merge(IndexNode* a, IndexNode* b) {
-  if (a == nullptr) return b;
-  if (b == nullptr) return a;
-  if (a->priority > b->priority) {
-    Tree::child(a, 1) = merge<Tree>(Tree::child(a, 1), b);
-    Tree::refresh(a);
-    return a;
-  }
-  Tree::child(b, 0) = merge<Tree>(a, Tree::child(b, 0));
-  Tree::refresh(b);
-  return b;
-}
-
-template <class Tree>
-IndexNode* insert(IndexNode* root, IndexNode* node) {
-  IndexNode *left, *right;
-  split<Tree>(root, node, &left, &right);
-  return merge<Tree>(merge<Tree>(left, node), right);
-}
-
-template <class Tree>
-IndexNode* erase(IndexNode* t, IndexNode* node) {
-  if (t == node) return merge<Tree>(Tree::child(t, 0), Tree::child(t, 1));
-  int side = Tree::less(node, t) ? 0 : 1;
-  Tree::child(t, side) = erase<Tree>(Tree::child(t, side), node);
-  Tree::refresh(t);
-  return t;
-}
+std::uint32_t larger(std::uint32_t a, std::uint32_t b) { return a > b ? a : b; }
 
 }  // namespace
 
-void SegmentIndex::append(IndexNode* node) {
-  seed_ ^= seed_ << 13;
-  seed_ ^= seed_ >> 17;
-  seed_ ^= seed_ << 5;
-  node->byAddress[0] = node->byAddress[1] = nullptr;
-  node->byOrder[0] = node->byOrder[1] = nullptr;
-  node->orderParent = nullptr;
-  node->order = nextOrder_++;
-  node->priority = seed_;
-  node->subtreeFit = node->fit;
-  byAddress_ = insert<ByAddress>(byAddress_, node);
-  byOrder_ = merge<ByOrder>(byOrder_, node);  // the newest is always last
-  byOrder_->orderParent = nullptr;
+// Moves the nodes, in order, to the first slots of a table sized for twice
+// their number, so that appends run without renumbering for a while.
+bool SegmentIndex::renumber() {
+  std::uint32_t capacity = kFewestSlots;
+  while (capacity < 2 * (count_ + 1)) capacity *= 2;
+  void* block = sys.blockAlloc(capacity * (2 * sizeof(std::uint32_t) + sizeof(IndexNode*)));
+  if (block == nullptr) return false;
+  auto* nodes = static_cast<IndexNode**>(block);
+  auto* fits = reinterpret_cast<std::uint32_t*>(nodes + capacity);
+  std::memset(fits, 0, 2 * capacity * sizeof(std::uint32_t));
+  std::uint32_t k = 0;
+  for (std::uint32_t old = 0; old < used_; ++old) {
+    IndexNode* n = nodes_[old];
+    if (n == nullptr) continue;
+    n->slot = k;
+    nodes[k] = n;
+    fits[capacity + k] = n->fit;
+    ++k;
+  }
+  for (std::uint32_t i = capacity - 1; i >= 1; --i) fits[i] = larger(fits[2 * i], fits[2 * i + 1]);
+  if (nodes_ != nullptr) sys.blockFree(nodes_);
+  nodes_ = nodes;
+  fits_ = fits;
+  capacity_ = capacity;
+  used_ = k;
+  return true;
+}
+
+// Every level is rewritten, without a test for where the change stops: the
+// siblings' loads are then independent of each other and nothing mispredicts.
+void SegmentIndex::climb(std::uint32_t i) {
+  std::uint32_t best = fits_[i];
+  for (; i > 1; i /= 2) {
+    best = larger(best, fits_[i ^ 1]);
+    fits_[i / 2] = best;
+  }
+}
+
+bool SegmentIndex::append(IndexNode* node) {
+  if (used_ == capacity_ && !renumber()) return false;
+  node->slot = used_++;
+  nodes_[node->slot] = node;
+  fits_[capacity_ + node->slot] = node->fit;
+  climb(capacity_ + node->slot);
+  ++count_;
+  return true;
 }
 
 void SegmentIndex::remove(IndexNode* node) {
-  byAddress_ = erase<ByAddress>(byAddress_, node);
-  byOrder_ = erase<ByOrder>(byOrder_, node);
-  if (byOrder_ != nullptr) byOrder_->orderParent = nullptr;
+  nodes_[node->slot] = nullptr;
+  fits_[capacity_ + node->slot] = 0;
+  climb(capacity_ + node->slot);
+  if (--count_ == 0) {
+    // An empty heap holds nothing, the slots included.
+    sys.blockFree(nodes_);
+    nodes_ = nullptr;
+    fits_ = nullptr;
+    capacity_ = used_ = 0;
+  }
 }
 
 void SegmentIndex::setFit(IndexNode* node, std::uint32_t fit) {
   if (node->fit == fit) return;
   node->fit = fit;
-  // Climb while the largest fit of a subtree changes.
-  for (IndexNode* n = node; n != nullptr; n = n->orderParent) {
-    std::uint32_t best = ByOrder::largestBelow(n);
-    if (best == n->subtreeFit) break;
-    n->subtreeFit = best;
-  }
+  std::uint32_t leaf = capacity_ + node->slot;
+  fits_[leaf] = fit;
+  climb(leaf);
 }
 
-IndexNode* SegmentIndex::atOrBelow(const void* address) const {
-  IndexNode* best = nullptr;
-  for (IndexNode* t = byAddress_; t != nullptr;) {
-    if (reinterpret_cast<std::uintptr_t>(t) <= reinterpret_cast<std::uintptr_t>(address)) {
-      best = t;
-      t = t->byAddress[1];
-    } else {
-      t = t->byAddress[0];
-    }
+bool SegmentIndex::summariesHold() const {
+  for (std::uint32_t k = 0; k < capacity_; ++k) {
+    const IndexNode* n = k < used_ ? nodes_[k] : nullptr;
+    if (fits_[capacity_ + k] != (n != nullptr ? n->fit : 0)) return false;
+    if (n != nullptr && n->slot != k) return false;
   }
-  return best;
-}
-
-IndexNode* SegmentIndex::firstFit(std::uint32_t need) const {
-  IndexNode* t = byOrder_;
-  if (t == nullptr || t->subtreeFit < need) return nullptr;
-  for (;;) {
-    IndexNode* left = t->byOrder[0];
-    if (left != nullptr && left->subtreeFit >= need) {
-      t = left;
-    } else if (t->fit >= need) {
-      return t;
-    } else {
-      t = t->byOrder[1];  // its subtree must hold the fit
-    }
+  for (std::uint32_t i = 1; i < capacity_; ++i) {
+    if (fits_[i] != larger(fits_[2 * i], fits_[2 * i + 1])) return false;
   }
+  return true;
 }
 
 }  // namespace zu::heap

@@ -1,14 +1,18 @@
 // An index beside the segment chain that makes the heap's per-call cost
 // independent of the number of segments, without changing any result.
 //
-// Two treaps over the same nodes: one by address, which finds the segment
-// holding a pointer, and one by creation order (the chain's order) with the
-// largest `fit` of each subtree, which finds the first segment a search
-// could serve. A node's `fit` is 0 when the segment's rover is null, the
-// largest conceivable block when the segment may hold adjacent free blocks
-// (its search would merge them), and otherwise an upper bound of its
-// largest free block: a segment whose fit is below a request would fail
-// that search without changing anything, so skipping it is exact.
+// The segments by creation order (the chain's order) in numbered slots,
+// under a flat tree of the largest `fit` below each point, which finds the
+// first segment a search could serve. A node's `fit`
+// is 0 when the segment's rover is null, the largest conceivable block when
+// the segment may hold adjacent free blocks (its search would merge them),
+// and otherwise an upper bound of its largest free block: a segment whose
+// fit is below a request would fail that search without changing anything,
+// so skipping it is exact.
+//
+// The slots live in one system block sized by the number of segments alone,
+// so a given sequence of heap calls asks the system for the same blocks in
+// the same order, whatever addresses it gets.
 #ifndef ZUUTL_MEMORY_SEGMENT_INDEX_H
 #define ZUUTL_MEMORY_SEGMENT_INDEX_H
 
@@ -17,47 +21,63 @@
 namespace zu::heap {
 
 // Invariants, under ramSemaphore: the node sits in the kIndexPrefix bytes
-// in front of its segment. While the index is in use, subtreeFit is the
-// largest fit in its order subtree, orderParent its parent there (null at
-// the root), order grows along the chain, and a clean node's segment, its
-// rover set, has no two adjacent free blocks and none above largest.
+// in front of its segment, and slot numbers grow along the chain. A clean
+// node's segment, its rover set, has no two adjacent free blocks and none
+// above largest.
 struct IndexNode {
-  IndexNode* byAddress[2];
-  IndexNode* byOrder[2];
-  IndexNode* orderParent;  // so a change of fit climbs only as far as it matters
-  std::uint64_t order;  // creation number: the chain's order
-  std::uint32_t priority;
+  std::uint32_t slot;
   std::uint32_t fit;
-  std::uint32_t subtreeFit;  // largest fit in this node's order subtree
   // Kept by the heap: whether the segment is known to hold no two adjacent
   // free blocks, and then a bound on its largest free block.
   std::uint32_t largest;
   bool clean;
 };
 
-// Invariants, under ramSemaphore and while the heap uses the index: both
-// trees hold the same nodes, one per segment of the chain, each a treap
-// under the shared priority, keyed by address and by order. nextOrder_ is
-// above every order handed out.
+// Invariants, under ramSemaphore and while the heap uses the index: the
+// occupied slots hold one node per segment of the chain. fits_[capacity_ + k] is the fit of slot k (0 when
+// empty) and fits_[i] the larger of fits_[2i] and fits_[2i + 1]; slots at
+// and above used_ are empty. With no segment, no block is held.
 class SegmentIndex {
  public:
-  // Appends at the end of the chain order.
-  void append(IndexNode* node);
+  // Appends at the end of the chain order. False when the system refused
+  // the block for more slots; the index is then as it was.
+  bool append(IndexNode* node);
   void remove(IndexNode* node);
   void setFit(IndexNode* node, std::uint32_t fit);
-  // The node with the greatest address not above `address`, or null.
-  IndexNode* atOrBelow(const void* address) const;
   // The first node in chain order whose fit is at least `need`, or null.
-  IndexNode* firstFit(std::uint32_t need) const;
-  IndexNode* root() const { return byOrder_; }
-  IndexNode* addressRoot() const { return byAddress_; }
-  bool empty() const { return byOrder_ == nullptr; }
+  // Three levels at a step where it can: a node's eight great-grandchildren
+  // sit side by side, so their loads do not wait on each other.
+  IndexNode* firstFit(std::uint32_t need) const {
+    if (capacity_ == 0 || fits_[1] < need) return nullptr;
+    std::uint32_t i = 1;
+    while (i * 8 <= capacity_) {
+      const std::uint32_t* group = fits_ + i * 8;
+      std::uint32_t hits = 0;
+#pragma GCC unroll 8
+      for (std::uint32_t k = 0; k < 8; ++k) hits |= (group[k] >= need ? 1u : 0u) << k;
+      i = i * 8 + static_cast<std::uint32_t>(__builtin_ctz(hits));
+    }
+    while (i < capacity_) {
+      i *= 2;
+      if (fits_[i] < need) ++i;
+    }
+    return nodes_[i - capacity_];
+  }
+  std::uint32_t count() const { return count_; }
+  // The node in slot k, or null; and whether the flat tree agrees with the fits.
+  IndexNode* inSlot(std::uint32_t k) const { return k < used_ ? nodes_[k] : nullptr; }
+  std::uint32_t slotsUsed() const { return used_; }
+  bool summariesHold() const;
 
  private:
-  IndexNode* byAddress_ = nullptr;
-  IndexNode* byOrder_ = nullptr;
-  std::uint64_t nextOrder_ = 1;
-  std::uint32_t seed_ = 0x9E3779B9u;
+  bool renumber();
+  void climb(std::uint32_t leaf);
+
+  std::uint32_t* fits_ = nullptr;  // 2 * capacity_ entries; [0] unused
+  IndexNode** nodes_ = nullptr;    // capacity_ entries, by slot
+  std::uint32_t capacity_ = 0;     // a power of two, or 0
+  std::uint32_t used_ = 0;
+  std::uint32_t count_ = 0;
 };
 
 }  // namespace zu::heap

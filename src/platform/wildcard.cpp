@@ -4,8 +4,8 @@
 // earlier anyMany bytes are never tried again, which is enough because every
 // other pattern item has a fixed width.
 //
-// Retrying one byte at a time would compare the segment's first literal at
-// every position; the text is instead scanned for that literal in blocks.
+// Retrying one byte at a time would compare the segment's first literals at
+// every position; the text is instead scanned for them sixteen bytes at a time.
 #include "platform/wildcard.h"
 
 #include <array>
@@ -42,26 +42,47 @@ static_assert(foldsInPairs());
 
 constexpr std::array<unsigned char, 256> kFoldPartner = makeFoldPartner();
 
-// Word-at-a-time search for either of two bytes; words are loaded by memcpy,
-// so nothing is read outside [from, end).
-constexpr std::uint64_t kLowBits = 0x0101010101010101ull;
-constexpr std::uint64_t kHighBits = 0x8080808080808080ull;
-constexpr std::size_t kWord = sizeof(std::uint64_t);
+// The literal bytes that open a segment after anyMany, each with the other
+// byte that folds to it (or itself), as a scan looks for them.
+constexpr std::uint32_t kMostLeading = 3;
+struct Leading {
+  unsigned char byte[kMostLeading];
+  unsigned char partner[kMostLeading];
+  std::uint32_t count;  // 1 to kMostLeading
+};
 
-bool hasZeroByte(std::uint64_t word) { return ((word - kLowBits) & ~word & kHighBits) != 0; }
-
-const unsigned char* findEither(const unsigned char* from, const unsigned char* end,
-                                unsigned char first, unsigned char second) {
-  const std::uint64_t spreadFirst = kLowBits * first;
-  const std::uint64_t spreadSecond = kLowBits * second;
-  while (static_cast<std::size_t>(end - from) >= kWord) {
-    std::uint64_t word;
-    std::memcpy(&word, from, kWord);
-    if (hasZeroByte(word ^ spreadFirst) || hasZeroByte(word ^ spreadSecond)) break;
-    from += kWord;
+// The first position from `from` at which the leading bytes stand in a row,
+// or `length` when none does before the end. Sixteen positions at a step,
+// through the compiler's generic vectors; loads by memcpy read nothing
+// outside [from, length).
+std::uint32_t findLeading(const unsigned char* text, std::uint32_t length, std::uint32_t from,
+                          const Leading& leading) {
+  typedef unsigned char Bytes __attribute__((vector_size(16)));
+  constexpr std::uint32_t kStep = sizeof(Bytes);
+  if (length - from < leading.count) return length;
+  const std::uint32_t last = length - leading.count;  // the last position that can hold them
+  std::uint32_t at = from;
+  for (; at + kStep <= last + 1; at += kStep) {
+    Bytes hit;
+    std::memset(&hit, 0xFF, sizeof hit);
+    for (std::uint32_t j = 0; j < leading.count; ++j) {
+      Bytes v;
+      std::memcpy(&v, text + at + j, sizeof v);
+      hit &= reinterpret_cast<Bytes>((v == leading.byte[j]) | (v == leading.partner[j]));
+    }
+    std::uint64_t halves[2];
+    std::memcpy(halves, &hit, sizeof halves);
+    if ((halves[0] | halves[1]) != 0) break;
   }
-  while (from < end && *from != first && *from != second) ++from;
-  return from;
+  for (; at <= last; ++at) {
+    std::uint32_t j = 0;
+    while (j < leading.count &&
+           (text[at + j] == leading.byte[j] || text[at + j] == leading.partner[j])) {
+      ++j;
+    }
+    if (j == leading.count) return at;
+  }
+  return length;
 }
 
 struct Matcher {
@@ -78,19 +99,20 @@ struct Matcher {
     return p == t || (!exact && kUpperCase[p] == kUpperCase[t]);
   }
 
-  // First text position from `from` whose byte matches `literal`, or the end.
-  std::uint32_t seek(std::uint32_t from, unsigned char literal) const {
-    const unsigned char* start = text + from;
-    const unsigned char* end = text + textLength;
-    const unsigned char partner = exact ? literal : kFoldPartner[literal];
-    const unsigned char* hit;
-    if (partner == literal) {
-      hit = static_cast<const unsigned char*>(std::memchr(start, literal, end - start));
-      if (hit == nullptr) hit = end;
-    } else {
-      hit = findEither(start, end, literal, partner);
+  // The literal at `at` (after its escape, if any) and up to two plain
+  // literals after it.
+  Leading leadingAt(std::uint32_t at) const {
+    Leading leading{};
+    for (;;) {
+      const unsigned char c = pattern[at];
+      leading.byte[leading.count] = c;
+      leading.partner[leading.count] = exact ? c : kFoldPartner[c];
+      ++leading.count;
+      if (leading.count == kMostLeading || ++at == patternLength) break;
+      const unsigned char next = pattern[at];
+      if (next == anyMany || next == anyOne || next == escape) break;
     }
-    return static_cast<std::uint32_t>(hit - text);
+    return leading;
   }
 
   unsigned int run() const;
@@ -102,7 +124,7 @@ unsigned int Matcher::run() const {
   bool restartSet = false;
   std::uint32_t restartText = 0;
   std::uint32_t restartPattern = 0;
-  unsigned char restartLiteral = 0;  // what the text byte at a restart must match
+  Leading restartLeading{};  // what the text at a restart must begin with
 
   for (;;) {
     if (t == textLength) {
@@ -127,7 +149,7 @@ unsigned int Matcher::run() const {
         restartSet = true;
         restartText = t;
         restartPattern = p;
-        restartLiteral = pattern[literalAt];
+        restartLeading = leadingAt(literalAt);
         goto retry;
       }
       if (c == anyOne) {
@@ -149,9 +171,9 @@ unsigned int Matcher::run() const {
     if (!restartSet) return 0;
     ++restartText;
   retry:
-    // Every position before the literal's next occurrence would fail on
-    // the segment's first byte; at the end of the text the rest fails too.
-    restartText = seek(restartText, restartLiteral);
+    // Every position before the next occurrence of the segment's leading
+    // literals would fail on one of them; at the end the rest fails too.
+    restartText = findLeading(text, textLength, restartText, restartLeading);
     if (restartText == textLength) return 0;
     t = restartText;
     p = restartPattern;
