@@ -64,7 +64,8 @@ struct Options {
 
 struct Stats {
   std::uint32_t entries = 0;
-  unsigned depth = 0;
+  unsigned depth = 0;        // levels from the root to the leaves
+  unsigned deepestHit = 0;   // the deepest successful search so far
   unsigned nodes = 0;
   unsigned pagesOut = 0;
   std::uint64_t fileBytes = 0;
@@ -252,7 +253,15 @@ class Run {
   Stats stats() {
     Stats s;
     s.entries = tree_.keyCount;
-    s.depth = tree_.maxDepth;
+    s.deepestHit = tree_.maxDepth;
+    // The first key lies in a leaf, so finding it visits every level.
+    ZuTreeIterator walker;
+    unsigned int found = 0;
+    if (walker.initialize(&tree_) == ZU_OK && tree_.getFirst(key_.data(), nullptr, &found, &walker) == ZU_OK &&
+        found != 0 && tree_.doesExist(key_.data(), &found) == ZU_OK) {
+      s.depth = tree_.depth;
+    }
+    errors_->take();
     s.nodes = tree_.nodeCount;
     const ZuTmpFile& store = tree_.store;
     if (store.firstName != nullptr) s.pagesOut = store.highPage + 1u;
@@ -356,8 +365,10 @@ long readSome(int fd, char* into, std::size_t room) {
 }
 
 void printStats(const Stats& s) {
-  std::fprintf(stderr, "entries  %u\ndepth    %u\nnodes    %u\npages    %u written out\nfiles    %llu bytes\n",
-               s.entries, s.depth, s.nodes, s.pagesOut, static_cast<unsigned long long>(s.fileBytes));
+  std::fprintf(stderr,
+               "entries  %u\ndepth    %u (deepest search hit %u)\nnodes    %u\npages    %u written out\n"
+               "files    %llu bytes\n",
+               s.entries, s.depth, s.deepestHit, s.nodes, s.pagesOut, static_cast<unsigned long long>(s.fileBytes));
 }
 
 // Builds the tree and answers; "" or what went wrong. *answer is kExitNo
