@@ -47,6 +47,13 @@ constexpr std::uint32_t kReadOnly = 0;
 constexpr unsigned short kFromEnd = 2;
 constexpr std::uint32_t kSeekFailed = 0xFFFFFFFF;
 constexpr std::size_t kDosNameRoom = 256;
+// The store's offsets reach 128 MiB (65536 pages) and nothing past that is
+// checked, so adds stop while one more insert, with a split at every level
+// of the deepest path, still fits.
+constexpr std::uint64_t kStorePages = 65536;
+constexpr std::uint64_t kDeepestPath = 32;
+constexpr std::uint64_t kStoreBytes = kStorePages * zu::storage::kPageSize;
+constexpr std::uint64_t kStoreMargin = (kDeepestPath + 1) * zu::storage::kPageSize;
 
 struct Options {
   bool records = false;
@@ -329,6 +336,10 @@ class Run {
   }
 
   std::string addKey() {
+    if (tree_.store.nextOffset > kStoreBytes - kStoreMargin) {
+      return "the tree has filled the " + std::to_string(kStoreBytes >> 20) + " MiB of its store after " +
+             std::to_string(tree_.keyCount) + " keys";
+    }
     unsigned int found = 0;
     if (tree_.add(key_.data(), data_.data(), &found) != ZU_OK) return errors_->take();
     if (found == 0 && options_.deleteEvery != 0 && ++added_ % options_.deleteEvery == 0) doomed_.push_back(key_);
