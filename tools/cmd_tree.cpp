@@ -261,14 +261,17 @@ class Run {
     Stats s;
     s.entries = tree_.keyCount;
     s.deepestHit = tree_.maxDepth;
-    // The first key lies in a leaf, so finding it visits every level.
-    ZuTreeIterator walker;
-    unsigned int found = 0;
-    if (walker.initialize(&tree_) == ZU_OK && tree_.getFirst(key_.data(), nullptr, &found, &walker) == ZU_OK &&
-        found != 0 && tree_.doesExist(key_.data(), &found) == ZU_OK) {
-      s.depth = tree_.depth;
+    // Every leaf lies at the same depth: down the first children to one.
+    // A node's first triad starts with its first child's offset.
+    for (std::uint32_t node = tree_.root; node != 0; ++s.depth) {
+      unsigned char* image = nullptr;
+      unsigned short available = 0;
+      if (tree_.store.tmpPointer(node, &image, &available, 0) != ZU_OK) {
+        errors_->take();
+        break;
+      }
+      std::memcpy(&node, image + sizeof(ZuTreeNode), sizeof node);
     }
-    errors_->take();
     s.nodes = tree_.nodeCount;
     const ZuTmpFile& store = tree_.store;
     if (store.firstName != nullptr) s.pagesOut = store.highPage + 1u;
