@@ -91,6 +91,9 @@ struct Slot {
 
 Slot table[kHandleLimit];
 constinit Mutex tableLock;
+// Regions held by all handles together, so that a transfer looks through
+// the table only while some region is held at all.
+std::size_t regionsHeld = 0;
 
 using Held = ScopedLock<Mutex>;
 
@@ -112,6 +115,7 @@ bool readOnly(const struct stat& info) { return (info.st_mode & S_IWUSR) == 0; }
 // Whether a handle of the same file as `self`, other than `except` (0: none),
 // holds a region overlapping `wanted`.
 bool regionHeld(const Slot& self, int except, const Region& wanted) {
+  if (regionsHeld == 0) return false;
   for (int h = 1; h < kHandleLimit; ++h) {
     const Slot& other = table[h];
     if (h == except || other.fd == kNoDescriptor || other.device != self.device ||
@@ -155,6 +159,7 @@ bool addRegion(Slot& slot, const Region& region) {
     slot.regionCapacity = capacity;
   }
   slot.regions[slot.regionCount++] = region;
+  ++regionsHeld;
   return true;
 }
 
@@ -287,6 +292,7 @@ ErrorClass fileClose(int handle) {
   const int result = host.close(slot->fd);
   const int why = errno;
   host.free(slot->regions);
+  regionsHeld -= slot->regionCount;
   *slot = Slot();
   return result == 0 || why == EINTR ? kNoFailure : classifyHostError(why);
 }
@@ -302,6 +308,7 @@ ErrorClass fileLockRegion(int handle, bool unlock, std::uint32_t length) {
       const ErrorClass failure = ofdLock(slot->fd, F_UNLCK, region);
       if (failure != kNoFailure) return failure;
       slot->regions[r] = slot->regions[--slot->regionCount];
+      --regionsHeld;
       return kNoFailure;
     }
     return kAccessDenied;  // not a region this handle locked
