@@ -127,8 +127,10 @@ ZuStatus bosFileOpen(unsigned char* name, std::uint32_t flags, int* handle) {
 
 ZuStatus bosFileRead(int handle, std::int32_t offset, void* buffer, std::uint32_t size,
                      std::uint32_t* bytesRead) {
-  if (offset != kCurrentPosition) bosFileSeek(handle, offset, kFromStart);
-  const ErrorClass failure = dos.read(handle, buffer, size, bytesRead);
+  // A read at a place moves the handle there and reads in one step; a
+  // negative place fails its seek, so the read stays where the handle is.
+  const ErrorClass failure = offset >= 0 ? dos.readAt(handle, static_cast<std::uint32_t>(offset), buffer, size, bytesRead)
+                                         : dos.read(handle, buffer, size, bytesRead);
   if (failure == kNoFailure) return ZU_OK;
   zu::os::reportFileError(failure);
   return ZU_ERROR;

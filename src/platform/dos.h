@@ -62,6 +62,9 @@ struct DosCalls {
   ErrorClass (*open)(const unsigned char* name, unsigned mode, int* handle);
   // One read at the handle's position; fewer bytes than asked is no failure.
   ErrorClass (*read)(int handle, void* buffer, std::uint32_t size, std::uint32_t* done);
+  // The same at `position`, which the handle takes: a seek and a read in one.
+  ErrorClass (*readAt)(int handle, std::uint32_t position, void* buffer, std::uint32_t size,
+                       std::uint32_t* done);
   // Writes all it can; a short `done` with kNoFailure means the disk filled.
   ErrorClass (*write)(int handle, const void* buffer, std::uint32_t size, std::uint32_t* done);
   // `origin` 0 start, 1 current position, 2 end; positions are 32-bit.

@@ -129,13 +129,15 @@ bool regionHeld(const Slot& self, int except, const Region& wanted) {
   return false;
 }
 
-// Checks the region [position, position + size) of a transfer and hands out
-// the descriptor and the position; the transfer itself runs outside the
-// table's lock.
-ErrorClass prepareTransfer(int handle, std::uint32_t size, bool writing, int* fd, std::uint64_t* position) {
+// Moves the handle to `at` if given, checks the region [position, position
+// + size) of a transfer and hands out the descriptor and the position; the
+// transfer itself runs outside the table's lock.
+ErrorClass prepareTransfer(int handle, std::uint32_t size, bool writing, const std::uint32_t* at, int* fd,
+                           std::uint64_t* position) {
   Held held(tableLock);
   Slot* slot = slotOf(handle);
   if (slot == nullptr || (writing && !slot->write)) return kBadHandle;
+  if (at != nullptr) slot->position = *at;
   if (regionHeld(*slot, handle, Region{slot->position, size})) return kAccessDenied;
   *fd = slot->fd;
   *position = slot->position;
@@ -222,11 +224,13 @@ ErrorClass fileOpen(const unsigned char* name, unsigned mode, int* handle) {
   return kNoFailure;
 }
 
-ErrorClass fileRead(int handle, void* buffer, std::uint32_t size, std::uint32_t* done) {
+namespace {
+
+ErrorClass readFrom(int handle, const std::uint32_t* at, void* buffer, std::uint32_t size, std::uint32_t* done) {
   *done = 0;
   int fd;
   std::uint64_t position;
-  ErrorClass failure = prepareTransfer(handle, size, false, &fd, &position);
+  ErrorClass failure = prepareTransfer(handle, size, false, at, &fd, &position);
   if (failure != kNoFailure) return failure;
   ssize_t got;
   do {
@@ -238,13 +242,24 @@ ErrorClass fileRead(int handle, void* buffer, std::uint32_t size, std::uint32_t*
   return kNoFailure;
 }
 
+}  // namespace
+
+ErrorClass fileRead(int handle, void* buffer, std::uint32_t size, std::uint32_t* done) {
+  return readFrom(handle, nullptr, buffer, size, done);
+}
+
+ErrorClass fileReadAt(int handle, std::uint32_t position, void* buffer, std::uint32_t size,
+                      std::uint32_t* done) {
+  return readFrom(handle, &position, buffer, size, done);
+}
+
 // A full disk is a short count, as the library's writes expect of it; any
 // other failure is one only when nothing was written.
 ErrorClass fileWrite(int handle, const void* buffer, std::uint32_t size, std::uint32_t* done) {
   *done = 0;
   int fd;
   std::uint64_t position;
-  ErrorClass failure = prepareTransfer(handle, size, true, &fd, &position);
+  ErrorClass failure = prepareTransfer(handle, size, true, nullptr, &fd, &position);
   if (failure != kNoFailure) return failure;
   const unsigned char* at = static_cast<const unsigned char*>(buffer);
   ErrorClass result = kNoFailure;

@@ -8,6 +8,7 @@ namespace zu::platform::files {
 
 ErrorClass fileOpen(const unsigned char* name, unsigned mode, int* handle);
 ErrorClass fileRead(int handle, void* buffer, std::uint32_t size, std::uint32_t* done);
+ErrorClass fileReadAt(int handle, std::uint32_t position, void* buffer, std::uint32_t size, std::uint32_t* done);
 ErrorClass fileWrite(int handle, const void* buffer, std::uint32_t size, std::uint32_t* done);
 ErrorClass fileSeek(int handle, std::int32_t offset, unsigned short origin, std::uint32_t* position);
 ErrorClass fileClose(int handle);

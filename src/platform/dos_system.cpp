@@ -215,6 +215,7 @@ void beep() {}
 constexpr DosCalls kDefaultDosCalls = {
     .open = files::fileOpen,
     .read = files::fileRead,
+    .readAt = files::fileReadAt,
     .write = files::fileWrite,
     .seek = files::fileSeek,
     .close = files::fileClose,
