@@ -78,12 +78,6 @@ struct Stats {
   unsigned blocks = 0;
 };
 
-bool parseNumber(std::string_view text, std::uint64_t* value) {
-  if (text.empty()) return false;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), *value);
-  return error == std::errc() && end == text.data() + text.size();
-}
-
 // Blocks, or a size in bytes with K or M after it.
 bool parseMemory(const std::string& text, unsigned* blocks) {
   std::uint64_t scale = 0;
@@ -556,13 +550,7 @@ constexpr char kHelp[] =
     "                    standard error\n"
     "  -o, --output FILE the output; it may be the input\n";
 
-int runSortOrHelp(const std::vector<std::string>& args) {
-  if (args.size() == 1 && (args[0] == "--help" || args[0] == "-h")) {
-    std::fputs(kHelp, stdout);
-    return kExitOk;
-  }
-  return runSort(args);
-}
+int runSortOrHelp(const std::vector<std::string>& args) { return helpOrRun(args, kHelp, runSort); }
 
 Registration sortCommand({"sort", "[OPTIONS] [INPUT|-]",
                           "sort fixed-size records or lines by keys, spilling runs to a temporary "

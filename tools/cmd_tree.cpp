@@ -78,12 +78,6 @@ struct Stats {
   std::uint64_t fileBytes = 0;
 };
 
-bool parseNumber(std::string_view text, std::uint64_t* value) {
-  if (text.empty()) return false;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), *value);
-  return error == std::errc() && end == text.data() + text.size();
-}
-
 // Fills `options`; returns a usage complaint or "".
 std::string parseOptions(const std::vector<std::string>& args, Options* options) {
   std::vector<std::string> operands;
@@ -510,13 +504,7 @@ constexpr char kHelp[] =
     "  --stats           reports entries, depth, nodes, pages written out and bytes in\n"
     "                    the temporary files to standard error\n";
 
-int runTreeOrHelp(const std::vector<std::string>& args) {
-  if (args.size() == 1 && (args[0] == "--help" || args[0] == "-h")) {
-    std::fputs(kHelp, stdout);
-    return kExitOk;
-  }
-  return runTree(args);
-}
+int runTreeOrHelp(const std::vector<std::string>& args) { return helpOrRun(args, kHelp, runTree); }
 
 Registration treeCommand({"tree", "[OPTIONS] [INPUT|-] [--lookup KEY...]",
                           "order lines or records in a B-tree that spills to temporary files; walk, "

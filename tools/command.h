@@ -3,7 +3,9 @@
 #ifndef ZU_TOOL_COMMAND_H
 #define ZU_TOOL_COMMAND_H
 
+#include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace zutool {
@@ -31,6 +33,13 @@ const std::vector<Command>& commands();
 
 // Prints "zu: <message>" on one line to standard error; returns kExitUsage.
 int usageError(const std::string& message);
+
+// A decimal number that fills all of `text`.
+bool parseNumber(std::string_view text, std::uint64_t* value);
+
+// `help` on standard output for a lone --help or -h; else runs the command.
+int helpOrRun(const std::vector<std::string>& args, const char* help,
+              int (*run)(const std::vector<std::string>& args));
 
 }  // namespace zutool
 

@@ -1,5 +1,6 @@
 // zu: a command-line window onto the library.
 #include <algorithm>
+#include <charconv>
 #include <cstdio>
 #include <string>
 #include <vector>
@@ -52,6 +53,21 @@ const std::vector<Command>& commands() { return registry(); }
 int usageError(const std::string& message) {
   std::fprintf(stderr, "zu: %s (try 'zu --help')\n", message.c_str());
   return kExitUsage;
+}
+
+bool parseNumber(std::string_view text, std::uint64_t* value) {
+  if (text.empty()) return false;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), *value);
+  return error == std::errc() && end == text.data() + text.size();
+}
+
+int helpOrRun(const std::vector<std::string>& args, const char* help,
+              int (*run)(const std::vector<std::string>& args)) {
+  if (args.size() == 1 && (args[0] == "--help" || args[0] == "-h")) {
+    std::fputs(help, stdout);
+    return kExitOk;
+  }
+  return run(args);
 }
 
 }  // namespace zutool

@@ -307,28 +307,32 @@ ZuStatus ZuTmpFile::read(std::uint32_t offset, ZuString* target, std::uint32_t c
   return ZU_OK;
 }
 
-ZuStatus ZuTmpFile::readHuge(std::uint32_t offset, void* destination, std::uint32_t count) {
-  auto* to = static_cast<unsigned char*>(destination);
+namespace {
+
+// A transfer of any size as store transfers of at most kHugeChunk bytes,
+// stopping at the first failure.
+template <typename Bytes, typename Step>
+ZuStatus inChunks(std::uint32_t offset, Bytes* bytes, std::uint32_t count, Step step) {
   while (count > 0) {
     const std::uint32_t chunk = count < kHugeChunk ? count : kHugeChunk;
-    if (tmpRead(offset, to, chunk) != ZU_OK) return ZU_ERROR;
+    if (step(offset, bytes, chunk) != ZU_OK) return ZU_ERROR;
     offset += chunk;
-    to += chunk;
+    bytes += chunk;
     count -= chunk;
   }
   return ZU_OK;
 }
 
+}  // namespace
+
+ZuStatus ZuTmpFile::readHuge(std::uint32_t offset, void* destination, std::uint32_t count) {
+  return inChunks(offset, static_cast<unsigned char*>(destination), count,
+                  [this](std::uint32_t at, unsigned char* to, std::uint32_t n) { return tmpRead(at, to, n); });
+}
+
 ZuStatus ZuTmpFile::writeHuge(std::uint32_t offset, const void* source, std::uint32_t count) {
-  const auto* from = static_cast<const unsigned char*>(source);
-  while (count > 0) {
-    const std::uint32_t chunk = count < kHugeChunk ? count : kHugeChunk;
-    if (tmpWrite(offset, from, chunk) != ZU_OK) return ZU_ERROR;
-    offset += chunk;
-    from += chunk;
-    count -= chunk;
-  }
-  return ZU_OK;
+  return inChunks(offset, static_cast<const unsigned char*>(source), count,
+                  [this](std::uint32_t at, const unsigned char* from, std::uint32_t n) { return tmpWrite(at, from, n); });
 }
 
 ZuStatus ZuTmpFile::tmpPointer(std::uint32_t offset, void** pointer, unsigned short* available,
