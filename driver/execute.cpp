@@ -1,5 +1,7 @@
 // SQLPrepare, SQLExecute, SQLExecDirect and what goes with them: markers,
 // their bindings, the row count and the result's column count.
+#include <cstring>
+
 #include "call_scope.h"
 #include "cursor.h"
 #include "handles.h"
@@ -16,6 +18,7 @@ namespace {
 SQLRETURN prepare(Statement* stmt, const std::string& text) {
   stmt->closeCursor();
   stmt->prepared.reset();
+  stmt->needData = false;
   stmt->rowCount = -1;
   auto parsed = std::make_unique<ParsedStatement>();
   if (!parseSql(text, parsed.get())) return SQL_ERROR;
@@ -35,6 +38,24 @@ SQLRETURN execute(Statement* stmt) {
   }
   ParsedStatement* s = stmt->prepared.get();
   Connection* dbc = stmt->connection;
+  if (!stmt->needData) {
+    // Values sent at execution are asked for first, through SQLParamData.
+    bool any = false;
+    for (int i = 0; i < s->parameterCount && static_cast<std::size_t>(i) < stmt->parameters.size(); ++i) {
+      ParameterBinding& b = stmt->parameters[static_cast<std::size_t>(i)];
+      b.atExecution = b.bound && isAtExecution(b);
+      b.supplied = false;
+      b.suppliedNull = false;
+      b.supplied_.clear();
+      any = any || b.atExecution;
+    }
+    if (any) {
+      stmt->needData = true;
+      stmt->dataParameter = -1;
+      return SQL_NEED_DATA;
+    }
+  }
+  stmt->needData = false;
   std::vector<Value> parameters;
   if (!parameterValues(*stmt, s->parameterCount, &parameters)) return SQL_ERROR;
   void* cache = dbc->environment->pageCache;
@@ -138,4 +159,49 @@ ZUCSV_EXPORT SQLRETURN SQL_API SQLCancel(SQLHSTMT h) {
   Statement* stmt = asStatement(h);
   if (stmt == nullptr) return SQL_INVALID_HANDLE;
   return SQL_SUCCESS;
+}
+
+ZUCSV_EXPORT SQLRETURN SQL_API SQLParamData(SQLHSTMT h, SQLPOINTER* token) {
+  Statement* stmt = asStatement(h);
+  if (stmt == nullptr) return SQL_INVALID_HANDLE;
+  CallScope scope(stmt, "SQLParamData");
+  if (!stmt->needData || !stmt->prepared) {
+    driverError("HY010", "Function sequence error: no value is asked for.");
+    return scope.finish(SQL_ERROR);
+  }
+  for (std::size_t i = static_cast<std::size_t>(stmt->dataParameter + 1); i < stmt->parameters.size(); ++i) {
+    if (stmt->parameters[i].atExecution) {
+      stmt->dataParameter = static_cast<int>(i);
+      if (token != nullptr) *token = stmt->parameters[i].value;
+      return scope.finish(SQL_NEED_DATA);
+    }
+  }
+  stmt->dataParameter = -1;
+  return scope.finish(execute(stmt));
+}
+
+ZUCSV_EXPORT SQLRETURN SQL_API SQLPutData(SQLHSTMT h, SQLPOINTER data, SQLLEN length) {
+  Statement* stmt = asStatement(h);
+  if (stmt == nullptr) return SQL_INVALID_HANDLE;
+  CallScope scope(stmt, "SQLPutData");
+  if (!stmt->needData || stmt->dataParameter < 0) {
+    driverError("HY010", "Function sequence error: SQLParamData names no marker yet.");
+    return scope.finish(SQL_ERROR);
+  }
+  ParameterBinding& b = stmt->parameters[static_cast<std::size_t>(stmt->dataParameter)];
+  if (length == SQL_NULL_DATA) {
+    b.suppliedNull = true;
+    return scope.finish(SQL_SUCCESS);
+  }
+  if (b.valueType == SQL_C_WCHAR) {
+    const auto* units = static_cast<const SQLWCHAR*>(data);
+    const std::size_t count = length == SQL_NTS ? std::char_traits<SQLWCHAR>::length(units)
+                                                : static_cast<std::size_t>(length) / sizeof(SQLWCHAR);
+    for (std::size_t i = 0; i < count; ++i) b.supplied_ += static_cast<char>(units[i] < 256 ? units[i] : '?');
+  } else {
+    const char* bytes = static_cast<const char*>(data);
+    b.supplied_.append(bytes, length == SQL_NTS ? std::strlen(bytes) : static_cast<std::size_t>(length));
+  }
+  b.supplied = true;
+  return scope.finish(SQL_SUCCESS);
 }

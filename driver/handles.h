@@ -73,6 +73,11 @@ struct ParameterBinding {
   SQLPOINTER value = nullptr;
   SQLLEN bufferLength = 0;
   SQLLEN* lengthOrIndicator = nullptr;
+  // A value sent at execution through SQLPutData.
+  bool atExecution = false;
+  bool supplied = false;
+  bool suppliedNull = false;
+  std::string supplied_;
 };
 
 // What SQLBindCol gave for one result column.
@@ -93,6 +98,9 @@ struct Statement : Handle {
   std::unique_ptr<ParsedStatement> prepared;
   std::unique_ptr<Cursor> cursor;
   SQLLEN rowCount = -1;
+  // While SQLParamData asks for values: the marker being sent, else -1.
+  bool needData = false;
+  int dataParameter = -1;
   std::vector<Value> row;  // the row the cursor stands on
   bool onRow = false;
   SQLULEN rowsSoFar = 0;

@@ -39,10 +39,18 @@ Value doubleValue(double d) {
 }
 
 bool convert(const ParameterBinding& b, Value* out) {
+  if (b.atExecution) {
+    *out = b.suppliedNull ? nullValue() : textValue(b.supplied_);
+    return true;
+  }
   const SQLLEN indicator = b.lengthOrIndicator != nullptr ? *b.lengthOrIndicator : SQL_NTS;
   if (indicator == SQL_NULL_DATA || b.value == nullptr) {
     *out = nullValue();
     return true;
+  }
+  if (indicator < 0 && indicator != SQL_NTS) {
+    driverError("HY090", "Invalid string or buffer length: " + std::to_string(indicator) + ".");
+    return false;
   }
   const SQLSMALLINT type = b.valueType == SQL_C_DEFAULT ? defaultCType(b.parameterType) : b.valueType;
   switch (type) {
@@ -106,6 +114,12 @@ bool convert(const ParameterBinding& b, Value* out) {
 }
 
 }  // namespace
+
+bool isAtExecution(const ParameterBinding& b) {
+  if (b.lengthOrIndicator == nullptr) return false;
+  const SQLLEN n = *b.lengthOrIndicator;
+  return n == SQL_DATA_AT_EXEC || n <= SQL_LEN_DATA_AT_EXEC_OFFSET;
+}
 
 bool parameterValues(const Statement& stmt, int count, std::vector<Value>* values) {
   values->clear();

@@ -11,6 +11,9 @@ namespace zucsv {
 
 // false with 07002 for a marker without a binding, HYC00 for a C type not
 // supported.
+// Whether the binding's value comes through SQLPutData.
+bool isAtExecution(const ParameterBinding& b);
+
 bool parameterValues(const Statement& stmt, int count, std::vector<Value>* values);
 
 }  // namespace zucsv

@@ -147,19 +147,24 @@ SQLRETURN putValue(const Value& v, SQLSMALLINT target, SQLPOINTER buffer, SQLLEN
       if (indicator != nullptr) *indicator = sizeof(SQLREAL);
       return SQL_SUCCESS;
     case SQL_C_TYPE_DATE:
-    case SQL_C_DATE: {
+    case SQL_C_DATE:
+    case SQL_C_TYPE_TIMESTAMP:
+    case SQL_C_TIMESTAMP: {
       Value date;
       if (!typedValue(reinterpret_cast<const unsigned char*>(v.text.data()), v.text.size(), ColumnType::kDate, &date)) {
         driverError("22018", "Invalid character value for cast specification: '" + v.text + "' is not a date.");
         return SQL_ERROR;
       }
-      if (buffer != nullptr) {
-        auto* out = static_cast<SQL_DATE_STRUCT*>(buffer);
-        out->year = static_cast<SQLSMALLINT>(std::atoi(v.text.substr(0, 4).c_str()));
-        out->month = static_cast<SQLUSMALLINT>(std::atoi(v.text.substr(5, 2).c_str()));
-        out->day = static_cast<SQLUSMALLINT>(std::atoi(v.text.substr(8, 2).c_str()));
+      const auto year = static_cast<SQLSMALLINT>(std::atoi(v.text.substr(0, 4).c_str()));
+      const auto month = static_cast<SQLUSMALLINT>(std::atoi(v.text.substr(5, 2).c_str()));
+      const auto day = static_cast<SQLUSMALLINT>(std::atoi(v.text.substr(8, 2).c_str()));
+      if (target == SQL_C_TYPE_DATE || target == SQL_C_DATE) {
+        if (buffer != nullptr) *static_cast<SQL_DATE_STRUCT*>(buffer) = SQL_DATE_STRUCT{year, month, day};
+        if (indicator != nullptr) *indicator = sizeof(SQL_DATE_STRUCT);
+      } else {
+        if (buffer != nullptr) *static_cast<SQL_TIMESTAMP_STRUCT*>(buffer) = SQL_TIMESTAMP_STRUCT{year, month, day, 0, 0, 0, 0};
+        if (indicator != nullptr) *indicator = sizeof(SQL_TIMESTAMP_STRUCT);
       }
-      if (indicator != nullptr) *indicator = sizeof(SQL_DATE_STRUCT);
       return SQL_SUCCESS;
     }
     default:
