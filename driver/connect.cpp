@@ -2,6 +2,7 @@
 // directory that exists; nothing in it is opened before a statement asks.
 #include "call_scope.h"
 #include "connect_options.h"
+#include "error_mark.h"
 #include "handles.h"
 #include "cursor.h"
 #include "sql_ast.h"
@@ -25,8 +26,11 @@ SQLRETURN connect(Connection* dbc, CallScope& scope, const std::string& connectS
   ConnectOptions options;
   std::string dsn;
   if (!readConnectOptions(connectString, &options, &dsn)) return SQL_ERROR;
+  ErrorMark mark;
   if ((bosfattr(bytes(options.directory)) & ZU_ATTR_DIRECTORY) == 0) {
-    driverError("08001", "Directory '" + options.directory + "' (DBQ) was not found.");
+    const std::string why = mark.take();
+    driverError("08001", "Directory '" + options.directory + "' (DBQ) was not found." +
+                             (why.empty() ? std::string() : " " + why));
     return SQL_ERROR;
   }
   if (options.trace) {

@@ -9,6 +9,7 @@
 #include <sqlext.h>
 #include <zuutl.h>
 
+#include <atomic>
 #include <memory>
 #include <string>
 #include <vector>
@@ -44,7 +45,7 @@ struct Environment : Handle {
   Environment();
   SQLINTEGER odbcVersion = SQL_OV_ODBC3;
   void* pageCache = nullptr;  // the task's bvm cache, one use of it
-  int connections = 0;
+  std::atomic<int> connections{0};  // allocated on it; the driver manager may do so from many threads
 };
 
 struct Connection : Handle {

@@ -21,19 +21,22 @@ bool openTable(const ConnectOptions& options, const std::string& table, TableDef
   if (!tableFileName(table, &def->fileName)) return false;
   def->name = table;
   def->path = options.directory + "\\" + def->fileName;
-  {
-    ErrorMark mark;
-    if (bosexist(bytes(def->path)) == 0) {
-      const std::string why = mark.take();
-      driverError("42S02", "Table '" + table + "' not found in '" + options.directory + "'." +
-                               (why.empty() ? std::string() : " " + why));
-      return false;
-    }
-  }
   Schema schema;
   if (!readSchema(options.directory, def->fileName, &schema)) return false;
   def->header = schema.hasHeader ? schema.header : options.header;
-  if (!reader->open(def->path, def->fileName)) return false;
+  ErrorMark mark;
+  if (!reader->open(def->path, def->fileName)) {
+    // The library's words on the failed open go into the driver's record,
+    // which comes first so that clients see its state.
+    const std::string why = mark.take();
+    ErrorMark probe;
+    const bool missing = bosexist(bytes(def->path)) == 0;
+    probe.take();
+    driverError(missing ? "42S02" : "HY000",
+                (missing ? "Table '" + table + "' not found in '" + options.directory + "'." : std::string()) +
+                    (why.empty() ? std::string() : (missing ? " " : "") + why));
+    return false;
+  }
   def->columns = schema.columns;
   if (!def->header && !def->columns.empty()) return true;
   Row first;
