@@ -29,7 +29,7 @@ const char* const kReserved[] = {"SELECT", "DISTINCT", "FROM", "WHERE", "ORDER",
 class Parser {
  public:
   Parser(const std::string& text, ParsedStatement* out)
-      : text_(text), out_(out), scanner_(reinterpret_cast<const unsigned char*>(text.data()),
+      : out_(out), scanner_(reinterpret_cast<const unsigned char*>(text.data()),
                                          static_cast<std::uint32_t>(text.size())) {
     scanner_.blockOpen = '[';
     scanner_.blockClose = ']';
@@ -349,7 +349,6 @@ class Parser {
     return true;
   }
 
-  const std::string& text_;
   ParsedStatement* out_;
   ZuScanner scanner_;
   ZuToken token_;
