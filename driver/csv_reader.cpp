@@ -8,12 +8,14 @@ namespace zucsv {
 namespace {
 
 constexpr std::size_t kWindowSize = 64 * 1024;
+constexpr std::size_t kRandomWindowSize = 512;
 constexpr int kEndOfFile = -1;
 constexpr int kReadFailed = -2;
 
 }  // namespace
 
-CsvReader::CsvReader(void* pageCache, unsigned char delimiter) : cache_(pageCache), delimiter_(delimiter) {}
+CsvReader::CsvReader(void* pageCache, unsigned char delimiter)
+    : fillSize_(kWindowSize), cache_(pageCache), delimiter_(delimiter) {}
 
 CsvReader::~CsvReader() { close(); }
 
@@ -55,7 +57,7 @@ int CsvReader::byteAt(std::uint32_t at, std::uint32_t recordStart) {
   if (loaded_ && at >= windowStart_ && at - windowStart_ < window_.size()) return window_[at - windowStart_];
   if (loaded_ && atEnd_ && at >= windowStart_) return kEndOfFile;
   // A record longer than the window gets a window twice as long.
-  std::size_t size = kWindowSize;
+  std::size_t size = fillSize_;
   while (size <= at - recordStart) size *= 2;
   if (!fill(recordStart, size)) return kReadFailed;
   if (at - windowStart_ < window_.size()) return window_[at - windowStart_];
@@ -143,7 +145,9 @@ CsvReader::Result CsvReader::readAt(std::uint32_t offset, Row* row, std::uint32_
   const std::uint32_t savedLine = line_;
   line_ = 0;
   std::uint32_t lines = 0;
+  fillSize_ = kRandomWindowSize;
   const Result result = parse(offset, row, next, &lines);
+  fillSize_ = kWindowSize;
   line_ = savedLine;
   row->line = 0;
   return result;

@@ -54,6 +54,9 @@ class CsvReader {
   // The byte at `at`, refilling the window from `recordStart` if need be;
   // -1 at the end of the file, -2 after a failed read.
   int byteAt(std::uint32_t at, std::uint32_t recordStart);
+  // How much a refill reads: much for a sequential read, little for a
+  // record fetched by its offset, which is most often alone.
+  std::size_t fillSize_;
   Result parse(std::uint32_t offset, Row* row, std::uint32_t* next, std::uint32_t* lines);
 
   void* cache_;
