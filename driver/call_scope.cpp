@@ -30,6 +30,16 @@ const char* name(SQLRETURN rc) {
   }
 }
 
+// The calling thread's record with the library is made at its first call
+// into the driver and kept until the thread ends, so that a call costs no
+// record of its own. (Ending the task frees no thread record.)
+struct ThreadRecord {
+  ThreadRecord() { mdsPerThreadInit(); }
+  ~ThreadRecord() { mdsPerThreadTerm(); }
+  ThreadRecord(const ThreadRecord&) = delete;
+  ThreadRecord& operator=(const ThreadRecord&) = delete;
+};
+
 }  // namespace
 
 void driverError(const char* state, const std::string& text) { record(state, text, ZU_ERROR_TYPE_ERROR); }
@@ -44,7 +54,8 @@ Connection* connectionOf(Handle* handle) {
 
 CallScope::CallScope(Handle* handle, const char* function, bool keepDiagnostics)
     : handle_(handle), function_(function) {
-  mdsPerThreadInit();
+  static thread_local ThreadRecord thread;
+  (void)thread;
   if (handle_ == nullptr) return;
   if (!keepDiagnostics) handle_->diagnostics.clear();
   ZuErrorKeeper::setErrorList(&handle_->errors);
@@ -52,7 +63,6 @@ CallScope::CallScope(Handle* handle, const char* function, bool keepDiagnostics)
 
 CallScope::~CallScope() {
   if (!finished_) finish(SQL_ERROR);
-  mdsPerThreadTerm();
 }
 
 SQLRETURN CallScope::finish(SQLRETURN rc) {

@@ -1,5 +1,5 @@
 // Every ODBC call runs inside a CallScope: the calling thread is known to
-// the library for the length of the call, and the handle's own error list
+// the library (from its first call until it ends), and the handle's own error list
 // is current on it, so whatever the driver or the library records lands
 // there. finish() moves the records into the handle's diagnostics, gives
 // each record without a state the call's default state, and writes the
