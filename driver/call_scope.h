@@ -1,0 +1,46 @@
+// Every ODBC call runs inside a CallScope: the calling thread is known to
+// the library (from its first call until it ends), and the handle's own error list
+// is current on it, so whatever the driver or the library records lands
+// there. finish() moves the records into the handle's diagnostics, gives
+// each record without a state the call's default state, and writes the
+// connection's trace line.
+#ifndef ZUCSV_CALL_SCOPE_H
+#define ZUCSV_CALL_SCOPE_H
+
+#include <sql.h>
+
+#include "handles.h"
+
+namespace zucsv {
+
+class CallScope {
+ public:
+  // `handle` may be null (an invalid handle); diagnostics are cleared first
+  // unless `keepDiagnostics`.
+  CallScope(Handle* handle, const char* function, bool keepDiagnostics = false);
+  ~CallScope();
+  CallScope(const CallScope&) = delete;
+  CallScope& operator=(const CallScope&) = delete;
+
+  // The state of records the library made without one (default "HY000").
+  void setDefaultState(const char* state) { defaultState_ = state; }
+  SQLRETURN finish(SQLRETURN rc);
+
+ private:
+  Handle* handle_;
+  const char* function_;
+  const char* defaultState_ = "HY000";
+  bool finished_ = false;
+};
+
+// A driver error with its SQLSTATE on the current list.
+void driverError(const char* state, const std::string& text);
+// A warning, such as 01004 for data cut short.
+void driverWarning(const char* state, const std::string& text);
+
+// The connection a handle belongs to, or null.
+Connection* connectionOf(Handle* handle);
+
+}  // namespace zucsv
+
+#endif
