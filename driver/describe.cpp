@@ -10,7 +10,7 @@ namespace {
 
 const ResultColumn* columnOf(Statement* stmt, SQLUSMALLINT number) {
   if (!stmt->cursor) {
-    driverError("07005", "Prepared statement not a cursor-specification: no result set is open.");
+    driverError("07005", "The prepared statement returns no rows: no result set is open.");
     return nullptr;
   }
   if (number < 1 || number > stmt->cursor->columns.size()) {

@@ -38,7 +38,7 @@ bool asNumber(const Value& v, double* d, long long* i, bool* integral) {
   const auto* bytes = reinterpret_cast<const unsigned char*>(v.text.data());
   if (typedValue(bytes, v.text.size(), ColumnType::kInteger, &n)) return asNumber(n, d, i, integral);
   if (typedValue(bytes, v.text.size(), ColumnType::kDouble, &n)) return asNumber(n, d, i, integral);
-  driverError("22018", "Invalid character value for cast specification: '" + v.text + "' is not a number.");
+  driverError("22018", "Invalid character value for cast: '" + v.text + "' is not a number.");
   return false;
 }
 
@@ -152,7 +152,7 @@ SQLRETURN putValue(const Value& v, SQLSMALLINT target, SQLPOINTER buffer, SQLLEN
     case SQL_C_TIMESTAMP: {
       Value date;
       if (!typedValue(reinterpret_cast<const unsigned char*>(v.text.data()), v.text.size(), ColumnType::kDate, &date)) {
-        driverError("22018", "Invalid character value for cast specification: '" + v.text + "' is not a date.");
+        driverError("22018", "Invalid character value for cast: '" + v.text + "' is not a date.");
         return SQL_ERROR;
       }
       const auto year = static_cast<SQLSMALLINT>(std::atoi(v.text.substr(0, 4).c_str()));
