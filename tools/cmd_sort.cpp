@@ -28,6 +28,7 @@
 
 #include "command.h"
 #include "error_scope.h"
+#include "stream_io.h"
 #include "platform/platform.h"
 
 namespace zutool {
@@ -388,24 +389,6 @@ class Run {
   std::uint64_t records_ = 0;
 };
 
-bool writeAll(int fd, const char* bytes, std::size_t count) {
-  while (count > 0) {
-    const ssize_t done = ::write(fd, bytes, count);
-    if (done < 0 && errno == EINTR) continue;
-    if (done <= 0) return false;
-    bytes += done;
-    count -= static_cast<std::size_t>(done);
-  }
-  return true;
-}
-
-long readSome(int fd, char* into, std::size_t room) {
-  for (;;) {
-    const ssize_t got = ::read(fd, into, room);
-    if (got >= 0 || errno != EINTR) return static_cast<long>(got);
-  }
-}
-
 // Runs one sort from `source` to `drain`; "" or what went wrong.
 std::string sortStream(const Options& options, const Source& source, const Drain& drain,
                        const std::function<bool()>& openOutput, Stats* stats) {
@@ -475,25 +458,12 @@ constexpr unsigned kDemoWordLength = 8;
 constexpr unsigned kDemoShown = 3;
 constexpr char kDemoRecordSize[] = "62";
 constexpr char kDemoBlocks[] = "2";  // so that the words fill three runs
-constexpr char kDemoFirstLetter = 'a';
-constexpr unsigned kDemoLetters = 26;
-// A fixed linear congruential generator, so the tour prints the same each time.
+// Seeds the tour's words, so it prints the same each time.
 constexpr std::uint32_t kDemoSeed = 12345;
-constexpr std::uint32_t kDemoMultiplier = 1103515245;
-constexpr std::uint32_t kDemoIncrement = 12345;
-constexpr unsigned kDemoRandomShift = 16;
 
 void demoSort() {
   std::printf("== External sort\n");
-  std::string text;
-  std::uint32_t state = kDemoSeed;
-  for (unsigned i = 0; i < kDemoLines; ++i) {
-    for (unsigned j = 0; j < kDemoWordLength; ++j) {
-      state = state * kDemoMultiplier + kDemoIncrement;
-      text += static_cast<char>(kDemoFirstLetter + (state >> kDemoRandomShift) % kDemoLetters);
-    }
-    text += kNewline;
-  }
+  std::string text = demoWords(kDemoLines, kDemoWordLength, kDemoSeed);
   Options options;
   const std::string complaint =
       parseOptions({"--lines", "--record-size", kDemoRecordSize, "--memory", kDemoBlocks}, &options);

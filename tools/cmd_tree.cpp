@@ -27,6 +27,7 @@
 
 #include "command.h"
 #include "error_scope.h"
+#include "stream_io.h"
 
 namespace zutool {
 namespace {
@@ -354,24 +355,6 @@ class Run {
   std::vector<std::string> doomed_;
 };
 
-bool writeAll(int fd, const char* bytes, std::size_t count) {
-  while (count > 0) {
-    const ssize_t done = ::write(fd, bytes, count);
-    if (done < 0 && errno == EINTR) continue;
-    if (done <= 0) return false;
-    bytes += done;
-    count -= static_cast<std::size_t>(done);
-  }
-  return true;
-}
-
-long readSome(int fd, char* into, std::size_t room) {
-  for (;;) {
-    const ssize_t got = ::read(fd, into, room);
-    if (got >= 0 || errno != EINTR) return static_cast<long>(got);
-  }
-}
-
 void printStats(const Stats& s) {
   std::fprintf(stderr,
                "entries  %u\ndepth    %u (deepest search hit %u)\nnodes    %u\npages    %u written out\n"
@@ -425,26 +408,13 @@ constexpr unsigned kDemoKeys = 20000;
 constexpr unsigned kDemoWordLength = 10;
 constexpr char kDemoKeyLength[] = "16";
 constexpr char kDemoDeleteEvery[] = "3";
-constexpr char kDemoFirstLetter = 'a';
-constexpr unsigned kDemoLetters = 26;
 constexpr unsigned kDemoShown = 3;
-// A fixed linear congruential generator, so the tour prints the same each time.
+// Seeds the tour's words, so it prints the same each time.
 constexpr std::uint32_t kDemoSeed = 2718;
-constexpr std::uint32_t kDemoMultiplier = 1103515245;
-constexpr std::uint32_t kDemoIncrement = 12345;
-constexpr unsigned kDemoRandomShift = 16;
 
 void demoTree() {
   std::printf("== B-tree over a scratch store\n");
-  std::string text;
-  std::uint32_t state = kDemoSeed;
-  for (unsigned i = 0; i < kDemoKeys; ++i) {
-    for (unsigned j = 0; j < kDemoWordLength; ++j) {
-      state = state * kDemoMultiplier + kDemoIncrement;
-      text += static_cast<char>(kDemoFirstLetter + (state >> kDemoRandomShift) % kDemoLetters);
-    }
-    text += kNewline;
-  }
+  std::string text = demoWords(kDemoKeys, kDemoWordLength, kDemoSeed);
   Options options;
   std::string failure = parseOptions({"--key-length", kDemoKeyLength, "--delete-every", kDemoDeleteEvery}, &options);
   std::size_t offered = 0;
