@@ -11,6 +11,7 @@ namespace {
 using platform::sys;
 
 constexpr std::uint32_t kFewestSlots = 64;
+constexpr std::uintptr_t kLine = 64;
 
 std::uint32_t larger(std::uint32_t a, std::uint32_t b) { return a > b ? a : b; }
 
@@ -21,10 +22,12 @@ std::uint32_t larger(std::uint32_t a, std::uint32_t b) { return a > b ? a : b; }
 bool SegmentIndex::renumber() {
   std::uint32_t capacity = kFewestSlots;
   while (capacity < 2 * (count_ + 1)) capacity *= 2;
-  void* block = sys.blockAlloc(capacity * (2 * sizeof(std::uint32_t) + sizeof(IndexNode*)));
+  const std::size_t nodeBytes = capacity * sizeof(IndexNode*);
+  void* block = sys.blockAlloc(nodeBytes + kLine + 2 * capacity * sizeof(std::uint32_t));
   if (block == nullptr) return false;
   auto* nodes = static_cast<IndexNode**>(block);
-  auto* fits = reinterpret_cast<std::uint32_t*>(nodes + capacity);
+  auto* fits = reinterpret_cast<std::uint32_t*>(
+      (reinterpret_cast<std::uintptr_t>(block) + nodeBytes + kLine - 1) & ~(kLine - 1));
   std::memset(fits, 0, 2 * capacity * sizeof(std::uint32_t));
   std::uint32_t k = 0;
   for (std::uint32_t old = 0; old < used_; ++old) {
@@ -36,10 +39,12 @@ bool SegmentIndex::renumber() {
     ++k;
   }
   for (std::uint32_t i = capacity - 1; i >= 1; --i) fits[i] = larger(fits[2 * i], fits[2 * i + 1]);
-  if (nodes_ != nullptr) sys.blockFree(nodes_);
+  if (block_ != nullptr) sys.blockFree(block_);
+  block_ = block;
   nodes_ = nodes;
   fits_ = fits;
   capacity_ = capacity;
+  depth_ = static_cast<std::uint32_t>(__builtin_ctz(capacity));
   used_ = k;
   return true;
 }
@@ -70,10 +75,11 @@ void SegmentIndex::remove(IndexNode* node) {
   climb(capacity_ + node->slot);
   if (--count_ == 0) {
     // An empty heap holds nothing, the slots included.
-    sys.blockFree(nodes_);
+    sys.blockFree(block_);
+    block_ = nullptr;
     nodes_ = nullptr;
     fits_ = nullptr;
-    capacity_ = used_ = 0;
+    capacity_ = used_ = depth_ = 0;
   }
 }
 
