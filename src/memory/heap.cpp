@@ -259,8 +259,9 @@ void* allocate(std::uint32_t n) {
   std::uint32_t block = kNullOffset;
   if (useIndex) {
     while (IndexNode* node = segmentIndex.firstFit(need)) {
+      // No prefetch of the segment's lines here: the search mostly takes
+      // the rover's block, and asking for every line cost more than it saved.
       RamSegment* s = segmentOf(node);
-      if (s->size <= kWalkLimit) prefetchBlocks(s, s->size);
       block = searchSegment(s, need);
       if (block != kNullOffset) {
         found = s;
