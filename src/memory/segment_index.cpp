@@ -17,11 +17,13 @@ std::uint32_t larger(std::uint32_t a, std::uint32_t b) { return a > b ? a : b; }
 
 }  // namespace
 
-// Moves the nodes, in order, to the first slots of a table sized for twice
-// their number, so that appends run without renumbering for a while.
+// Moves the nodes, in order, to the first slots of a table with a quarter
+// more room than their number, so that appends run without renumbering for
+// a while; more room would cost every search and change a level.
 bool SegmentIndex::renumber() {
+  const std::uint32_t wanted = count_ + 1 + (count_ + 1) / 4;
   std::uint32_t capacity = kFewestSlots;
-  while (capacity < 2 * (count_ + 1)) capacity *= 2;
+  while (capacity < wanted) capacity *= 2;
   const std::size_t nodeBytes = capacity * sizeof(IndexNode*);
   void* block = sys.blockAlloc(nodeBytes + kLine + 2 * capacity * sizeof(std::uint32_t));
   if (block == nullptr) return false;
