@@ -55,10 +55,16 @@ bool SegmentIndex::renumber() {
 // siblings' loads are then independent of each other and nothing mispredicts.
 void SegmentIndex::climb(std::uint32_t i) {
   std::uint32_t best = fits_[i];
-  for (; i > 1; i /= 2) {
+  // Two levels at a turn of the loop, then the odd one; depth_ is at least 6.
+  std::uint32_t left = depth_;
+  for (; left >= 2; left -= 2) {
     best = larger(best, fits_[i ^ 1]);
     fits_[i / 2] = best;
+    best = larger(best, fits_[(i / 2) ^ 1]);
+    fits_[i / 4] = best;
+    i /= 4;
   }
+  if (left != 0) fits_[1] = larger(best, fits_[i ^ 1]);
 }
 
 bool SegmentIndex::append(IndexNode* node) {
