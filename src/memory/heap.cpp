@@ -91,7 +91,7 @@ void noteFreed(RamSegment* s, std::uint32_t b, bool predecessorInUse) {
   IndexNode* n = nodeOf(s);
   if (!n->clean) return;
   std::uint32_t touches = touchesOnList(s, b);
-  if (touches == 2) touches = freeAfter(s, b) || (!predecessorInUse && freeBefore(s, b)) ? 1 : 0;
+  if (touches == 2) touches = (freeAfter(s, b) || (!predecessorInUse && freeBefore(s, b))) ? 1 : 0;
   if (touches != 0) {
     n->clean = false;
   } else if (blockSize(s, b) > n->largest) {

@@ -55,7 +55,9 @@ class SegmentIndex {
     if (capacity_ == 0 || fits_[1] < need) return nullptr;
     std::uint32_t i = 1;
     std::uint32_t below = depth_;
-    for (; below >= 4; below -= 4) i = i * 16 + static_cast<std::uint32_t>(__builtin_ctz(atLeast(fits_ + i * 16, need)));
+    for (; below >= 4; below -= 4) {
+      i = i * 16 + static_cast<std::uint32_t>(__builtin_ctz(atLeast(fits_ + i * 16, need)));
+    }
     for (; below > 0; --below) {
       i *= 2;
       if (fits_[i] < need) ++i;

@@ -71,13 +71,17 @@ bool SegmentMap::add(RamSegment* s) {
   }
   bound_ = bound;
   const std::uintptr_t last = (first(s) + s->size - 1) >> kGranuleBits;
-  for (std::uintptr_t g = first(s) >> kGranuleBits; g <= last; ++g) put(static_cast<std::uint32_t>(g), s, s->size);
+  for (std::uintptr_t g = first(s) >> kGranuleBits; g <= last; ++g) {
+    put(static_cast<std::uint32_t>(g), s, s->size);
+  }
   return true;
 }
 
 void SegmentMap::drop(RamSegment* s) {
   const std::uintptr_t last = (first(s) + s->size - 1) >> kGranuleBits;
-  for (std::uintptr_t g = first(s) >> kGranuleBits; g <= last; ++g) erase(static_cast<std::uint32_t>(g), s);
+  for (std::uintptr_t g = first(s) >> kGranuleBits; g <= last; ++g) {
+    erase(static_cast<std::uint32_t>(g), s);
+  }
   bound_ -= granulesOf(s);
   if (bound_ == 0) {
     sys.blockFree(entries_);
