@@ -65,13 +65,34 @@ bool freeAfter(RamSegment* s, std::uint32_t b) {
   return q < s->size && !inUse(s, q);
 }
 
-// A block has just become free: a clean segment stays clean unless the
-// block touches another free block, which only a search may merge.
+// Free lists are short in the small segments that most blocks live in:
+// up to this many entries, a block's free neighbours are found on the list
+// rather than by reading the blocks around it.
+constexpr std::uint32_t kListLimit = 8;
+
+// Whether free block b, just pushed, touches another free block: 1 or 0,
+// or 2 when the list is too long to tell.
+std::uint32_t touchesOnList(RamSegment* s, std::uint32_t b) {
+  const std::uint32_t end = b + blockSize(s, b);
+  std::uint32_t f = nextFree(s, b);
+  for (std::uint32_t k = 0; k < kListLimit; ++k) {
+    if (f == kNullOffset) return 0;
+    if (f == end || f + blockSize(s, f) == b) return 1;
+    f = nextFree(s, f);
+  }
+  return f == kNullOffset ? 0 : 2;
+}
+
+// A block has just become free and sits at the head of the free list: a
+// clean segment stays clean unless the block touches another free block,
+// which only a search may merge.
 void noteFreed(RamSegment* s, std::uint32_t b, bool predecessorInUse) {
   if (!useIndex) return;
   IndexNode* n = nodeOf(s);
   if (!n->clean) return;
-  if (freeAfter(s, b) || (!predecessorInUse && freeBefore(s, b))) {
+  std::uint32_t touches = touchesOnList(s, b);
+  if (touches == 2) touches = (freeAfter(s, b) || (!predecessorInUse && freeBefore(s, b))) ? 1 : 0;
+  if (touches != 0) {
     n->clean = false;
   } else if (blockSize(s, b) > n->largest) {
     n->largest = blockSize(s, b);
@@ -238,8 +259,9 @@ void* allocate(std::uint32_t n) {
   std::uint32_t block = kNullOffset;
   if (useIndex) {
     while (IndexNode* node = segmentIndex.firstFit(need)) {
+      // No prefetch of the segment's lines here: the search mostly takes
+      // the rover's block, and asking for every line cost more than it saved.
       RamSegment* s = segmentOf(node);
-      if (s->size <= kWalkLimit) prefetchBlocks(s, s->size);
       block = searchSegment(s, need);
       if (block != kNullOffset) {
         found = s;

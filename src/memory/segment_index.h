@@ -18,6 +18,10 @@
 
 #include <cstdint>
 
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
 namespace zu::heap {
 
 // Invariants, under ramSemaphore: the node sits in the kIndexPrefix bytes
@@ -44,20 +48,17 @@ class SegmentIndex {
   bool append(IndexNode* node);
   void remove(IndexNode* node);
   void setFit(IndexNode* node, std::uint32_t fit);
-  // The first node in chain order whose fit is at least `need`, or null.
-  // Three levels at a step where it can: a node's eight great-grandchildren
-  // sit side by side, so their loads do not wait on each other.
+  // The first node in chain order whose fit is at least `need` (above 0),
+  // or null. Four levels at a step while four remain: a node's sixteen
+  // great-great-grandchildren fill one 64-byte line, compared at once.
   IndexNode* firstFit(std::uint32_t need) const {
     if (capacity_ == 0 || fits_[1] < need) return nullptr;
     std::uint32_t i = 1;
-    while (i * 8 <= capacity_) {
-      const std::uint32_t* group = fits_ + i * 8;
-      std::uint32_t hits = 0;
-#pragma GCC unroll 8
-      for (std::uint32_t k = 0; k < 8; ++k) hits |= (group[k] >= need ? 1u : 0u) << k;
-      i = i * 8 + static_cast<std::uint32_t>(__builtin_ctz(hits));
+    std::uint32_t below = depth_;
+    for (; below >= 4; below -= 4) {
+      i = i * 16 + static_cast<std::uint32_t>(__builtin_ctz(atLeast(fits_ + i * 16, need)));
     }
-    while (i < capacity_) {
+    for (; below > 0; --below) {
       i *= 2;
       if (fits_[i] < need) ++i;
     }
@@ -70,12 +71,34 @@ class SegmentIndex {
   bool summariesHold() const;
 
  private:
+  // Bit k set when group[k] >= need, for the sixteen entries of a group.
+  static std::uint32_t atLeast(const std::uint32_t* group, std::uint32_t need) {
+#ifdef __SSE2__
+    // Unsigned order through signed compares, both sides with the top bit flipped.
+    const __m128i flip = _mm_set1_epi32(static_cast<int>(0x80000000u));
+    const __m128i floor = _mm_set1_epi32(static_cast<int>((need - 1) ^ 0x80000000u));
+    const auto* g = reinterpret_cast<const __m128i*>(group);
+    const __m128i a = _mm_cmpgt_epi32(_mm_xor_si128(_mm_load_si128(g), flip), floor);
+    const __m128i b = _mm_cmpgt_epi32(_mm_xor_si128(_mm_load_si128(g + 1), flip), floor);
+    const __m128i c = _mm_cmpgt_epi32(_mm_xor_si128(_mm_load_si128(g + 2), flip), floor);
+    const __m128i d = _mm_cmpgt_epi32(_mm_xor_si128(_mm_load_si128(g + 3), flip), floor);
+    return static_cast<std::uint32_t>(
+        _mm_movemask_epi8(_mm_packs_epi16(_mm_packs_epi32(a, b), _mm_packs_epi32(c, d))));
+#else
+    std::uint32_t hits = 0;
+    for (std::uint32_t k = 0; k < 16; ++k) hits |= (group[k] >= need ? 1u : 0u) << k;
+    return hits;
+#endif
+  }
+
   bool renumber();
   void climb(std::uint32_t leaf);
 
-  std::uint32_t* fits_ = nullptr;  // 2 * capacity_ entries; [0] unused
+  void* block_ = nullptr;          // the system block holding both tables
+  std::uint32_t* fits_ = nullptr;  // 2 * capacity_ entries, 64-byte aligned; [0] unused
   IndexNode** nodes_ = nullptr;    // capacity_ entries, by slot
   std::uint32_t capacity_ = 0;     // a power of two, or 0
+  std::uint32_t depth_ = 0;        // log2 of capacity_
   std::uint32_t used_ = 0;
   std::uint32_t count_ = 0;
 };

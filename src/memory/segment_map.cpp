@@ -18,16 +18,16 @@ std::uintptr_t first(const RamSegment* s) { return reinterpret_cast<std::uintptr
 // At most this many granules, wherever the segment lies.
 std::uint32_t SegmentMap::granulesOf(const RamSegment* s) { return (s->size >> kGranuleBits) + 2; }
 
-void SegmentMap::put(std::uintptr_t g, RamSegment* s) {
+void SegmentMap::put(std::uint32_t g, RamSegment* s, std::uint32_t size) {
   std::uint32_t i = home(g);
   while (entries_[i].segment != nullptr) i = (i + 1) & mask_;
-  entries_[i] = {g, s};
+  entries_[i] = {s, size, g};
   ++count_;
 }
 
 // Takes the entry out and moves later entries of its probe run back, so
 // that every entry stays reachable from its home.
-void SegmentMap::erase(std::uintptr_t g, RamSegment* s) {
+void SegmentMap::erase(std::uint32_t g, RamSegment* s) {
   std::uint32_t i = home(g);
   while (entries_[i].granule != g || entries_[i].segment != s) i = (i + 1) & mask_;
   for (std::uint32_t j = (i + 1) & mask_; entries_[j].segment != nullptr; j = (j + 1) & mask_) {
@@ -55,7 +55,7 @@ bool SegmentMap::resize(std::uint32_t capacity) {
   for (std::uint32_t c = capacity; c > 1; c /= 2) --shift_;
   count_ = 0;
   for (std::uint32_t i = 0; i < oldCapacity; ++i) {
-    if (old[i].segment != nullptr) put(old[i].granule, old[i].segment);
+    if (old[i].segment != nullptr) put(old[i].granule, old[i].segment, old[i].size);
   }
   if (old != nullptr) sys.blockFree(old);
   return true;
@@ -71,13 +71,17 @@ bool SegmentMap::add(RamSegment* s) {
   }
   bound_ = bound;
   const std::uintptr_t last = (first(s) + s->size - 1) >> kGranuleBits;
-  for (std::uintptr_t g = first(s) >> kGranuleBits; g <= last; ++g) put(g, s);
+  for (std::uintptr_t g = first(s) >> kGranuleBits; g <= last; ++g) {
+    put(static_cast<std::uint32_t>(g), s, s->size);
+  }
   return true;
 }
 
 void SegmentMap::drop(RamSegment* s) {
   const std::uintptr_t last = (first(s) + s->size - 1) >> kGranuleBits;
-  for (std::uintptr_t g = first(s) >> kGranuleBits; g <= last; ++g) erase(g, s);
+  for (std::uintptr_t g = first(s) >> kGranuleBits; g <= last; ++g) {
+    erase(static_cast<std::uint32_t>(g), s);
+  }
   bound_ -= granulesOf(s);
   if (bound_ == 0) {
     sys.blockFree(entries_);

@@ -24,16 +24,14 @@ class SegmentMap {
   // False when the system refused a larger table; nothing changed then.
   bool add(RamSegment* s);
   void drop(RamSegment* s);
+  // The entry carries its segment's size, so that the probe does not wait
+  // for the segment's header.
   RamSegment* find(const void* p) const {
     const auto at = reinterpret_cast<std::uintptr_t>(p);
-    const std::uintptr_t g = at >> kGranuleBits;
-    for (std::uint32_t i = home(g);; i = (i + 1) & mask_) {
+    for (std::uint32_t i = home(granuleOf(at));; i = (i + 1) & mask_) {
       const Entry& e = entries_[i];
       if (e.segment == nullptr) return nullptr;
-      if (e.granule == g) {
-        const auto from = reinterpret_cast<std::uintptr_t>(e.segment);
-        if (at >= from && at - from < e.segment->size) return e.segment;
-      }
+      if (at - reinterpret_cast<std::uintptr_t>(e.segment) < e.size) return e.segment;
     }
   }
   std::uint32_t entries() const { return count_; }
@@ -41,17 +39,23 @@ class SegmentMap {
   static constexpr std::uint32_t kGranuleBits = 9;
 
  private:
+  // Granules are numbered modulo 2^32: a wrapped number only lengthens a
+  // probe, since an entry answers by its segment's bounds.
   struct Entry {
-    std::uintptr_t granule;
     RamSegment* segment;  // null: an empty entry
+    std::uint32_t size;   // the segment's
+    std::uint32_t granule;
   };
 
-  std::uint32_t home(std::uintptr_t g) const {
+  static std::uint32_t granuleOf(std::uintptr_t at) {
+    return static_cast<std::uint32_t>(at >> kGranuleBits);
+  }
+  std::uint32_t home(std::uint32_t g) const {
     return static_cast<std::uint32_t>((static_cast<std::uint64_t>(g) * 0x9E3779B97F4A7C15ull) >>
                                       shift_);
   }
-  void put(std::uintptr_t g, RamSegment* s);
-  void erase(std::uintptr_t g, RamSegment* s);
+  void put(std::uint32_t g, RamSegment* s, std::uint32_t size);
+  void erase(std::uint32_t g, RamSegment* s);
   bool resize(std::uint32_t capacity);
 
   Entry* entries_ = nullptr;
