@@ -41,6 +41,10 @@ void runCopy(benchmark::State& state, Copy copy) {
 // A BUT copy over `size` bytes, in pieces its count can hold.
 template <typename Copy>
 void inPieces(unsigned char* dst, const unsigned char* src, size_t size, Copy copy) {
+  if (size <= kPiece) {
+    copy(dst, src, static_cast<unsigned short>(size));
+    return;
+  }
   for (size_t done = 0; done < size; done += kPiece) {
     const size_t n = size - done < kPiece ? size - done : kPiece;
     copy(dst + done, src + done, static_cast<unsigned short>(n));

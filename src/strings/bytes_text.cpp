@@ -2,6 +2,8 @@
 #include <cstring>
 
 #include "strings/bytes.h"
+#include "strings/short_length.h"
+#include "strings/small_move.h"
 #include "strings/text_rules.h"
 
 namespace {
@@ -69,17 +71,17 @@ unsigned short BUTSTLEN(const unsigned char* text) {
 void strCopy(unsigned char* dst, std::uint32_t size, const unsigned char* src) {
   const std::uint32_t room = size - 1;
   dst[room] = 0;
-  if (room > kTextBlock) {
+  if (room > zu::bytes::kSmallMove) {
     copyThroughNul(dst, src, room);
     return;
   }
-  // One block: measured, then moved, without the loop.
-  const std::size_t n = strnlen(chars(src), room);
-  std::memmove(dst, src, n < room ? n + 1 : n);
+  // Short: measured and moved without a call.
+  const std::size_t n = zu::bytes::shortLength(src, room);
+  zu::bytes::move(dst, src, n < room ? n + 1 : n);
 }
 
 unsigned char* strCopy(unsigned char* dst, const unsigned char* src, std::uint32_t count) {
-  std::memmove(dst, src, count);
+  zu::bytes::move(dst, src, count);
   dst[count] = 0;
   return dst + count;
 }

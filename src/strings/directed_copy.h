@@ -13,6 +13,8 @@
 #include <cstdint>
 #include <cstring>
 
+#include "strings/small_move.h"
+
 namespace zu::bytes {
 
 // The pattern cases; `period` is below `count` and not 0.
@@ -30,8 +32,8 @@ inline void copyAscending(unsigned char* dst, const unsigned char* src, std::siz
   const std::size_t period = distance(src, dst);  // wraps to a huge value below src
   if (period != 0 && period < count) {
     repeatAscending(dst, src, period, count);
-  } else if (count != 0) {
-    std::memmove(dst, src, count);
+  } else {
+    move(dst, src, count);
   }
 }
 
@@ -40,8 +42,8 @@ inline void copyDescending(unsigned char* dst, const unsigned char* src, std::si
   const std::size_t period = distance(dst, src);
   if (period != 0 && period < count) {
     repeatDescending(dst, src, period, count);
-  } else if (count != 0) {
-    std::memmove(dst, src, count);
+  } else {
+    move(dst, src, count);
   }
 }
 

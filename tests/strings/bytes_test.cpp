@@ -1,11 +1,15 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 #include <numeric>
 #include <string>
 #include <vector>
 
 #include "strings/bytes.h"
+
+#include <sys/mman.h>
+#include <unistd.h>
 
 namespace {
 
@@ -69,8 +73,12 @@ TEST(BytePrimitives, OverlappingCopiesKeepTheirByteOrder) {
       {[](unsigned char* d, unsigned char* s, size_t n) { memCopyHuge(d, s, n); }, up},
       {[](unsigned char* d, unsigned char* s, size_t n) { BUTMMCPD(d, s, n); }, down}};
   for (const auto& [copy, loop] : copies) {
-    for (size_t count : {0u, 1u, 3u, 17u, 64u, 1000u}) {
-      for (int shift = -40; shift <= 40; ++shift) {
+    // Every short count, since short moves are pieced by size; then a long one.
+    std::vector<size_t> counts(71);
+    std::iota(counts.begin(), counts.end(), 0);
+    counts.push_back(1000);
+    for (size_t count : counts) {
+      for (int shift = -40; shift <= 40; shift += count <= 70 ? 3 : 1) {
         std::vector<unsigned char> mine(1200), want;
         std::iota(mine.begin(), mine.end(), 0);
         want = mine;
@@ -80,6 +88,50 @@ TEST(BytePrimitives, OverlappingCopiesKeepTheirByteOrder) {
       }
     }
   }
+}
+
+// The bounded copy against its loop, at every alignment, short length and
+// room, with the bytes after the NUL not NUL; and with each text, or the
+// room, ending on the last byte before a page that cannot be read.
+TEST(BytePrimitives, BoundedCopyMatchesItsLoop) {
+  constexpr size_t kMax = 70;
+  for (size_t align = 0; align < 16; ++align) {
+    for (size_t length = 0; length <= kMax; ++length) {
+      std::vector<unsigned char> src(align + kMax + 32, 'z');
+      std::fill_n(src.begin() + align, length, 'a');
+      src[align + length] = 0;
+      for (size_t room = 1; room <= kMax; ++room) {
+        std::vector<unsigned char> mine(kMax + 8, '#'), want = mine;
+        strCopy(mine.data(), static_cast<std::uint32_t>(room), src.data() + align);
+        want[room - 1] = 0;
+        std::copy_n(src.begin() + align, std::min(length + 1, room - 1), want.begin());
+        ASSERT_EQ(mine, want) << "align " << align << " length " << length << " room " << room;
+      }
+    }
+  }
+  const size_t page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
+  void* map = mmap(nullptr, 2 * page, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  ASSERT_NE(map, MAP_FAILED);
+  auto* bytes = static_cast<unsigned char*>(map);
+  ASSERT_EQ(mprotect(bytes + page, page, PROT_NONE), 0);
+  unsigned char out[kMax + 1];
+  for (size_t length = 0; length <= kMax; ++length) {
+    unsigned char* text = bytes + page - length - 1;
+    std::memset(text, 'b', length);
+    text[length] = 0;
+    for (size_t room = 1; room <= kMax; ++room) {
+      strCopy(out, static_cast<std::uint32_t>(room), text);
+      ASSERT_EQ(std::strlen(reinterpret_cast<char*>(out)), std::min(length, room - 1));
+    }
+  }
+  // No NUL at all: the room alone keeps the copy out of the next page.
+  for (size_t room = 1; room <= kMax; ++room) {
+    unsigned char* text = bytes + page - (room - 1);
+    std::memset(text, 'c', room - 1);
+    strCopy(out, static_cast<std::uint32_t>(room), text);
+    ASSERT_EQ(std::strlen(reinterpret_cast<char*>(out)), room - 1);
+  }
+  munmap(map, 2 * page);
 }
 
 TEST(BytePrimitives, CompareAndSwap) {
