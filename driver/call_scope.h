@@ -30,6 +30,7 @@ class CallScope {
   Handle* handle_;
   const char* function_;
   const char* defaultState_ = "HY000";
+  void** errorSlot_ = nullptr;  // the thread's current-list slot, or null
   bool finished_ = false;
 };
 
