@@ -158,11 +158,11 @@ CsvReader::Result CsvReader::parse(std::uint32_t offset, Row* row, std::uint32_t
   }
 }
 
-CsvReader::Result CsvReader::readAt(std::uint32_t offset, Row* row, std::uint32_t* next) {
+CsvReader::Result CsvReader::readAt(std::uint32_t offset, Row* row, std::uint32_t* next, bool readingOn) {
   const std::uint32_t savedLine = line_;
   line_ = 0;
   std::uint32_t lines = 0;
-  fillSize_ = kRandomWindowSize;
+  fillSize_ = readingOn ? kWindowSize : kRandomWindowSize;
   const Result result = parse(offset, row, next, &lines);
   fillSize_ = kWindowSize;
   line_ = savedLine;

@@ -39,8 +39,9 @@ class CsvReader {
   // `shownName` names the file in messages. false with the library's reason.
   bool open(const std::string& dosPath, const std::string& shownName);
   void close();
-  // The record at `offset`; *next gets the offset after it.
-  Result readAt(std::uint32_t offset, Row* row, std::uint32_t* next);
+  // The record at `offset`; *next gets the offset after it. `readingOn`:
+  // the records after it come next, so the read reaches far ahead.
+  Result readAt(std::uint32_t offset, Row* row, std::uint32_t* next, bool readingOn);
   // The next record from the current position, counting lines.
   Result next(Row* row);
   void rewind() {
