@@ -82,7 +82,7 @@ Connection* connectionOf(Handle* handle) {
 }
 
 CallScope::CallScope(Handle* handle, const char* function, bool keepDiagnostics)
-    : handle_(handle), function_(function) {
+    : handle_(handle), hold_(handle), function_(function) {
   static thread_local ThreadRecord thread;
   errorSlot_ = thread.errorSlot;
   if (handle_ == nullptr) return;
