@@ -1,5 +1,6 @@
 #include "value_out.h"
 
+#include <charconv>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -19,8 +20,8 @@ constexpr std::size_t kNumberText = 40;
 // bytes, without a copy.
 std::string_view asText(const Value& v, char (&scratch)[kNumberText]) {
   if (v.type == ColumnType::kInteger) {
-    const int n = std::snprintf(scratch, sizeof scratch, "%lld", static_cast<long long>(v.integer));
-    return std::string_view(scratch, static_cast<std::size_t>(n));
+    const std::to_chars_result r = std::to_chars(scratch, scratch + sizeof scratch, v.integer);
+    return std::string_view(scratch, static_cast<std::size_t>(r.ptr - scratch));
   }
   if (v.type == ColumnType::kDouble) {
     int n = std::snprintf(scratch, sizeof scratch, "%.15g", v.real);
