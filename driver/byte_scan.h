@@ -24,7 +24,15 @@ inline std::size_t findAnyOf3(const unsigned char* from, std::size_t length, uns
     const Bytes hit = reinterpret_cast<Bytes>((v == a) | (v == b) | (v == c));
     std::uint64_t halves[2];
     std::memcpy(halves, &hit, sizeof halves);
-    if ((halves[0] | halves[1]) != 0) break;
+    if ((halves[0] | halves[1]) == 0) continue;
+#if __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__
+    // A hit is a byte of all ones; the first one's lowest bit tells where.
+    const unsigned bit = halves[0] != 0 ? static_cast<unsigned>(__builtin_ctzll(halves[0]))
+                                        : 64 + static_cast<unsigned>(__builtin_ctzll(halves[1]));
+    return at + bit / 8;
+#else
+    break;
+#endif
   }
   for (; at < length; ++at) {
     const unsigned char x = from[at];
