@@ -82,7 +82,7 @@ bool typedValue(const unsigned char* bytes, std::size_t length, ColumnType type,
 
 const char* typeName(ColumnType type) {
   switch (type) {
-    case ColumnType::kInteger: return "INTEGER";
+    case ColumnType::kInteger: return "BIGINT";
     case ColumnType::kDouble: return "DOUBLE";
     case ColumnType::kDate: return "DATE";
     default: return "VARCHAR";

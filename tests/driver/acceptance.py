@@ -208,9 +208,14 @@ def clients():
           "INSERT then SELECT gives back what went in (a %d-byte value read in pieces)" % len(long_text))
     tables = sorted(r.table_name for r in cur.tables())
     check(tables == ["big", "log", "people", "ragged", "unterm"], "SQLTables lists the CSV files: %s" % tables)
-    columns = [(r.column_name, r.type_name, r.ordinal_position) for r in cur.columns(table="people")]
-    check(columns == [("id", "INTEGER", 1), ("name", "VARCHAR", 2), ("city", "VARCHAR", 3), ("score", "DOUBLE", 4),
-                      ("born", "DATE", 5)], "SQLColumns describes people: %s" % columns)
+    columns = [(r.column_name, r.type_name, r.data_type, r.ordinal_position) for r in cur.columns(table="people")]
+    check(columns == [("id", "BIGINT", pyodbc.SQL_BIGINT, 1), ("name", "VARCHAR", pyodbc.SQL_VARCHAR, 2),
+                      ("city", "VARCHAR", pyodbc.SQL_VARCHAR, 3), ("score", "DOUBLE", pyodbc.SQL_DOUBLE, 4),
+                      ("born", "DATE", pyodbc.SQL_TYPE_DATE, 5)], "SQLColumns describes people: %s" % columns)
+    # A type's name and number agree wherever the driver gives both.
+    type_info = {r.type_name: r.data_type for r in cur.getTypeInfo()}
+    check(all(type_info.get(name) == number for _, name, number, _ in columns),
+          "SQLGetTypeInfo gives the names SQLColumns uses the same numbers: %s" % type_info)
     check([d[0] for d in cur.execute("SELECT name, id FROM people").description] == ["name", "id"],
           "SQLDescribeCol names the columns")
 
