@@ -62,14 +62,21 @@ bool RowOrder::layOut(const TableDef& table, const std::vector<ColumnRef>& keys,
   const std::size_t keysSize = size;
   for (int column : carried) {
     const std::uint32_t length = longest[static_cast<std::size_t>(column)];
-    if (size + kLengthBytes + length + kOffsetBytes > kMaxRecord) {
+    const KeyLayout* whole = nullptr;
+    for (const KeyLayout& key : layout_) {
+      if (key.column == column && !isNumeric(key.type) && key.length >= length) whole = &key;
+    }
+    const std::size_t own = whole != nullptr ? 0 : length;
+    if (size + kLengthBytes + own + kOffsetBytes > kMaxRecord) {
       // Too wide to travel: every row is read again instead.
       carried_.clear();
       size = keysSize;
       break;
     }
-    carried_.push_back({column, static_cast<unsigned short>(size + kLengthBytes), static_cast<unsigned short>(length)});
-    size += kLengthBytes + length;
+    const auto lengthAt = static_cast<unsigned short>(size);
+    const auto bytesAt = static_cast<unsigned short>(whole != nullptr ? whole->offset + 1 : size + kLengthBytes);
+    carried_.push_back({column, lengthAt, bytesAt, static_cast<unsigned short>(length), whole != nullptr});
+    size += kLengthBytes + own;
   }
   recordSize_ = static_cast<unsigned short>(size + kOffsetBytes);
   return true;
@@ -79,7 +86,7 @@ bool RowOrder::encode(const TableDef& table, const Row& row, unsigned char* reco
   // The second pass must meet the rows the first one measured.
   bool fits = row.fields.size() == columnCount_;
   for (std::size_t i = 0; fits && i < carried_.size(); ++i) {
-    fits = row.fields[static_cast<std::size_t>(carried_[i].column)].length <= carried_[i].length;
+    fits = row.fields[static_cast<std::size_t>(carried_[i].column)].length <= carried_[i].room;
   }
   if (!fits) {
     driverError("HY000", "File '" + table.fileName + "' changed while it was read for ORDER BY.");
@@ -107,8 +114,8 @@ bool RowOrder::encode(const TableDef& table, const Row& row, unsigned char* reco
   for (const CarriedLayout& value : carried_) {
     const Field& field = row.fields[static_cast<std::size_t>(value.column)];
     const std::uint32_t length = field.null ? kNullLength : field.length;
-    std::memcpy(record + value.offset - kLengthBytes, &length, kLengthBytes);
-    if (!field.null) std::memcpy(record + value.offset, row.bytes.data() + field.start, field.length);
+    std::memcpy(record + value.lengthAt, &length, kLengthBytes);
+    if (!field.null && !value.inKey) std::memcpy(record + value.bytesAt, row.bytes.data() + field.start, field.length);
   }
   putBigEndian(row.offset, record + recordSize_ - kOffsetBytes, kOffsetBytes);
   return true;
@@ -119,13 +126,13 @@ void RowOrder::decode(const unsigned char* record, Row* row) const {
   row->fields.assign(columnCount_, Field());
   for (const CarriedLayout& value : carried_) {
     std::uint32_t length = 0;
-    std::memcpy(&length, record + value.offset - kLengthBytes, kLengthBytes);
+    std::memcpy(&length, record + value.lengthAt, kLengthBytes);
     Field& field = row->fields[static_cast<std::size_t>(value.column)];
     if (length == kNullLength) continue;
     field.null = false;
     field.start = static_cast<std::uint32_t>(row->bytes.size());
     field.length = length;
-    row->bytes.append(reinterpret_cast<const char*>(record + value.offset), length);
+    row->bytes.append(reinterpret_cast<const char*>(record + value.bytesAt), length);
   }
   row->offset = getBigEndian32(record + recordSize_ - kOffsetBytes);
   row->line = 0;

@@ -10,8 +10,9 @@
 // byte order is their numeric order, texts and dates as their bytes padded
 // with NULs to the longest value of the column among the rows, at most
 // kMaxTextKey bytes. A carried value is its length in 4 bytes (kNullLength
-// for NULL) and its bytes, with room for the column's longest. The offset
-// closes every record, so equal keys keep the file's order.
+// for NULL) and its bytes, with room for the column's longest; a text key
+// that holds a shown column whole lends it its bytes. The offset closes
+// every record, so equal keys keep the file's order.
 #ifndef ZUCSV_ROW_ORDER_H
 #define ZUCSV_ROW_ORDER_H
 
@@ -54,8 +55,10 @@ class RowOrder {
   };
   struct CarriedLayout {
     int column;
-    unsigned short offset;
-    unsigned short length;  // room for the bytes, without the length
+    unsigned short lengthAt;
+    unsigned short bytesAt;  // in a key image when `inKey`
+    unsigned short room;     // for the bytes
+    bool inKey;
   };
   bool layOut(const TableDef& table, const std::vector<ColumnRef>& keys, const std::vector<int>& carried,
               const std::vector<std::uint32_t>& longest);
