@@ -32,13 +32,42 @@ const char* name(SQLRETURN rc) {
 
 // The calling thread's record with the library is made at its first call
 // into the driver and kept until the thread ends, so that a call costs no
-// record of its own. (Ending the task frees no thread record.)
+// record of its own. (Ending the task frees no thread record.) Since the
+// record stays, so does the address of its error-list slot: a call makes
+// its handle's list current through that address, without the lookup under
+// the library's thread-list semaphore that the keeper makes each time.
 struct ThreadRecord {
-  ThreadRecord() { mdsPerThreadInit(); }
-  ~ThreadRecord() { mdsPerThreadTerm(); }
+  ThreadRecord() {
+    if (mdsPerThreadInit() != 0) errorSlot = mdsGetPerThreadDataAddress(THREAD_DATA_ERROR_LIST);
+  }
+  ~ThreadRecord() {
+    if (errorSlot != nullptr) mdsPerThreadTerm();
+  }
   ThreadRecord(const ThreadRecord&) = delete;
   ThreadRecord& operator=(const ThreadRecord&) = delete;
+  void** errorSlot = nullptr;  // null when the record could not be made
 };
+
+// Pushes `list` on the thread's stack of current lists, as
+// ZuErrorKeeper::setErrorList does.
+void makeCurrent(void** slot, ZuErrorList* list) {
+  if (slot == nullptr) {
+    ZuErrorKeeper::setErrorList(list);
+    return;
+  }
+  list->previous = static_cast<ZuErrorList*>(*slot);
+  *slot = list;
+}
+
+// Pops it again, as ZuErrorKeeper::giveUpErrorList does.
+void giveUp(void** slot, ZuErrorList* list) {
+  if (slot == nullptr) {
+    ZuErrorKeeper::giveUpErrorList();
+    return;
+  }
+  *slot = list->previous;
+  list->previous = nullptr;
+}
 
 }  // namespace
 
@@ -53,12 +82,12 @@ Connection* connectionOf(Handle* handle) {
 }
 
 CallScope::CallScope(Handle* handle, const char* function, bool keepDiagnostics)
-    : handle_(handle), function_(function) {
+    : handle_(handle), hold_(handle), function_(function) {
   static thread_local ThreadRecord thread;
-  (void)thread;
+  errorSlot_ = thread.errorSlot;
   if (handle_ == nullptr) return;
   if (!keepDiagnostics) handle_->diagnostics.clear();
-  ZuErrorKeeper::setErrorList(&handle_->errors);
+  makeCurrent(errorSlot_, &handle_->errors);
 }
 
 CallScope::~CallScope() {
@@ -69,8 +98,8 @@ SQLRETURN CallScope::finish(SQLRETURN rc) {
   if (finished_) return rc;
   finished_ = true;
   if (handle_ == nullptr) return rc;
-  ZuErrorKeeper::giveUpErrorList();
   ZuErrorList& list = handle_->errors;
+  giveUp(errorSlot_, &list);
   const bool outOfMemory = list.isMemoryPending() != 0;
   bool anyError = outOfMemory;
   while (ZuError* error = list.removeFirstError()) {

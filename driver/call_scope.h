@@ -1,4 +1,5 @@
-// Every ODBC call runs inside a CallScope: the calling thread is known to
+// Every ODBC call runs inside a CallScope: the handle's call lock, if it has
+// one, is held until the scope ends; the calling thread is known to
 // the library (from its first call until it ends), and the handle's own error list
 // is current on it, so whatever the driver or the library records lands
 // there. finish() moves the records into the handle's diagnostics, gives
@@ -28,8 +29,10 @@ class CallScope {
 
  private:
   Handle* handle_;
+  CallLockHold hold_;  // released after the destructor has finished the call
   const char* function_;
   const char* defaultState_ = "HY000";
+  void** errorSlot_ = nullptr;  // the thread's current-list slot, or null
   bool finished_ = false;
 };
 

@@ -2,6 +2,10 @@
 
 #include <zuutl.h>
 
+#include <algorithm>
+#include <cstring>
+
+#include "byte_scan.h"
 #include "call_scope.h"
 
 namespace zucsv {
@@ -9,8 +13,6 @@ namespace {
 
 constexpr std::size_t kWindowSize = 64 * 1024;
 constexpr std::size_t kRandomWindowSize = 512;
-constexpr int kEndOfFile = -1;
-constexpr int kReadFailed = -2;
 
 }  // namespace
 
@@ -53,99 +55,114 @@ bool CsvReader::fill(std::uint32_t offset, std::size_t size) {
   return true;
 }
 
-int CsvReader::byteAt(std::uint32_t at, std::uint32_t recordStart) {
-  if (loaded_ && at >= windowStart_ && at - windowStart_ < window_.size()) return window_[at - windowStart_];
-  if (loaded_ && atEnd_ && at >= windowStart_) return kEndOfFile;
-  // A record longer than the window gets a window twice as long.
-  std::size_t size = fillSize_;
-  while (size <= at - recordStart) size *= 2;
-  if (!fill(recordStart, size)) return kReadFailed;
-  if (at - windowStart_ < window_.size()) return window_[at - windowStart_];
-  return kEndOfFile;
-}
-
-CsvReader::Result CsvReader::parse(std::uint32_t offset, Row* row, std::uint32_t* next, std::uint32_t* lines) {
+CsvReader::Step CsvReader::scan(std::uint32_t offset, Row* row, std::uint32_t* next, std::uint32_t* lines) {
   row->bytes.clear();
   row->fields.clear();
-  std::uint32_t at = offset;
   *lines = 0;
-  int c = byteAt(at, at);
+  const unsigned char* const begin = window_.data();
+  const unsigned char* const end = begin + window_.size();
+  const unsigned char* p = begin + (offset - windowStart_);
+  const auto offsetOf = [&](const unsigned char* at) {
+    return windowStart_ + static_cast<std::uint32_t>(at - begin);
+  };
   // Blank lines before the record are no records.
-  while (c == '\r' || c == '\n') {
-    if (c == '\n') ++*lines;
-    ++at;
-    c = byteAt(at, at);
+  while (p < end && (*p == '\r' || *p == '\n')) {
+    if (*p == '\n') ++*lines;
+    ++p;
   }
-  if (c == kReadFailed) return kError;
-  if (c == kEndOfFile) {
-    *next = at;
-    return kEnd;
+  if (p == end) {
+    if (!atEnd_) return kShort;
+    *next = offsetOf(p);
+    return kStepEnd;
   }
-  const std::uint32_t start = at;
-  row->offset = start;
+  row->offset = offsetOf(p);
   const std::uint32_t firstLine = *lines;
   for (;;) {
     Field field;
     field.start = static_cast<std::uint32_t>(row->bytes.size());
-    c = byteAt(at, start);
-    if (c == '"') {
+    if (p < end && *p == '"') {
       field.null = false;
+      ++p;
       for (;;) {
-        c = byteAt(++at, start);
-        if (c == kReadFailed) return kError;
-        if (c == kEndOfFile) {
+        const auto* quote = static_cast<const unsigned char*>(std::memchr(p, '"', static_cast<std::size_t>(end - p)));
+        if (quote == nullptr) {
+          if (!atEnd_) return kShort;
           driverError("HY000", "File '" + name_ + "', line " + std::to_string(line_ + firstLine) +
                                    ": a quoted field is not closed before the end of the file.");
-          return kError;
+          return kStepError;
         }
-        if (c == '"') {
-          if (byteAt(at + 1, start) != '"') break;
-          ++at;
-        } else if (c == '\n') {
-          ++*lines;
+        // Whether a quote is doubled shows only in the byte after it.
+        if (quote + 1 == end && !atEnd_) return kShort;
+        *lines += static_cast<std::uint32_t>(std::count(p, quote, '\n'));
+        row->bytes.append(reinterpret_cast<const char*>(p), static_cast<std::size_t>(quote - p));
+        if (quote + 1 < end && quote[1] == '"') {
+          row->bytes += '"';
+          p = quote + 2;
+          continue;
         }
-        row->bytes += static_cast<char>(c);
+        p = quote + 1;
+        break;
       }
-      c = byteAt(++at, start);
-      if (c != delimiter_ && c != '\r' && c != '\n' && c != kEndOfFile) {
-        if (c == kReadFailed) return kError;
+      if (p == end) {
+        if (!atEnd_) return kShort;
+      } else if (*p != delimiter_ && *p != '\r' && *p != '\n') {
         driverError("HY000", "File '" + name_ + "', line " + std::to_string(line_ + *lines) +
                                  ": text follows the closing quote of a field.");
-        return kError;
+        return kStepError;
       }
     } else {
-      while (c != delimiter_ && c != '\r' && c != '\n' && c >= 0) {
-        row->bytes += static_cast<char>(c);
-        c = byteAt(++at, start);
-      }
-      if (c == kReadFailed) return kError;
-      field.null = row->bytes.size() == field.start;
+      const unsigned char* stop = p + findAnyOf3(p, static_cast<std::size_t>(end - p), delimiter_, '\r', '\n');
+      if (stop == end && !atEnd_) return kShort;
+      row->bytes.append(reinterpret_cast<const char*>(p), static_cast<std::size_t>(stop - p));
+      field.null = stop == p;
+      p = stop;
     }
     field.length = static_cast<std::uint32_t>(row->bytes.size()) - field.start;
     row->fields.push_back(field);
-    if (c == delimiter_) {
-      ++at;
+    if (p < end && *p == delimiter_) {
+      ++p;
       continue;
     }
-    if (c == '\r') {
-      if (byteAt(++at, start) == '\n') ++at;
+    if (p < end && *p == '\r') {
+      if (++p == end && !atEnd_) return kShort;
+      if (p < end && *p == '\n') ++p;
       ++*lines;
-    } else if (c == '\n') {
-      ++at;
+    } else if (p < end && *p == '\n') {
+      ++p;
       ++*lines;
     }
     break;
   }
   row->line = line_ + firstLine;
-  *next = at;
-  return kRow;
+  *next = offsetOf(p);
+  return kStepRow;
 }
 
-CsvReader::Result CsvReader::readAt(std::uint32_t offset, Row* row, std::uint32_t* next) {
+CsvReader::Result CsvReader::parse(std::uint32_t offset, Row* row, std::uint32_t* next, std::uint32_t* lines) {
+  const bool held = loaded_ && offset >= windowStart_ &&
+                    (offset - windowStart_ < window_.size() || (atEnd_ && offset - windowStart_ == window_.size()));
+  if (!held && !fill(offset, fillSize_)) return kError;
+  for (;;) {
+    switch (scan(offset, row, next, lines)) {
+      case kStepRow: return kRow;
+      case kStepEnd: return kEnd;
+      case kStepError: return kError;
+      case kShort: break;
+    }
+    // The record runs past the window: a window from its start, twice as
+    // long as needed so far if the usual size does not reach further.
+    const std::size_t seen = window_.size() - (offset - windowStart_);
+    std::size_t size = fillSize_;
+    while (size <= seen) size *= 2;
+    if (!fill(offset, size)) return kError;
+  }
+}
+
+CsvReader::Result CsvReader::readAt(std::uint32_t offset, Row* row, std::uint32_t* next, bool readingOn) {
   const std::uint32_t savedLine = line_;
   line_ = 0;
   std::uint32_t lines = 0;
-  fillSize_ = kRandomWindowSize;
+  fillSize_ = readingOn ? kWindowSize : kRandomWindowSize;
   const Result result = parse(offset, row, next, &lines);
   fillSize_ = kWindowSize;
   line_ = savedLine;

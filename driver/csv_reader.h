@@ -39,8 +39,9 @@ class CsvReader {
   // `shownName` names the file in messages. false with the library's reason.
   bool open(const std::string& dosPath, const std::string& shownName);
   void close();
-  // The record at `offset`; *next gets the offset after it.
-  Result readAt(std::uint32_t offset, Row* row, std::uint32_t* next);
+  // The record at `offset`; *next gets the offset after it. `readingOn`:
+  // the records after it come next, so the read reaches far ahead.
+  Result readAt(std::uint32_t offset, Row* row, std::uint32_t* next, bool readingOn);
   // The next record from the current position, counting lines.
   Result next(Row* row);
   void rewind() {
@@ -50,14 +51,17 @@ class CsvReader {
   int file() const { return file_; }
 
  private:
+  // kShort: the window ends inside the record and the file goes on.
+  enum Step { kStepRow, kStepEnd, kStepError, kShort };
   bool fill(std::uint32_t offset, std::size_t size);
-  // The byte at `at`, refilling the window from `recordStart` if need be;
-  // -1 at the end of the file, -2 after a failed read.
-  int byteAt(std::uint32_t at, std::uint32_t recordStart);
+  // Parses the record at `offset`, which the window holds, from the window.
+  Step scan(std::uint32_t offset, Row* row, std::uint32_t* next, std::uint32_t* lines);
+  // Reads the window again from `offset` (doubled while the record is
+  // longer) until scan sees the whole record.
+  Result parse(std::uint32_t offset, Row* row, std::uint32_t* next, std::uint32_t* lines);
   // How much a refill reads: much for a sequential read, little for a
   // record fetched by its offset, which is most often alone.
   std::size_t fillSize_;
-  Result parse(std::uint32_t offset, Row* row, std::uint32_t* next, std::uint32_t* lines);
 
   void* cache_;
   unsigned char delimiter_;

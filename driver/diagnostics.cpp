@@ -1,5 +1,5 @@
 // SQLGetDiagRec and SQLGetDiagField: the records the handle's last call
-// gathered from its error list.
+// gathered from its error list, read under the handle's call lock.
 #include <cstring>
 
 #include "call_scope.h"
@@ -19,6 +19,7 @@ ZUCSV_EXPORT SQLRETURN SQL_API SQLGetDiagRec(SQLSMALLINT handleType, SQLHANDLE h
                                            SQLSMALLINT bufferLength, SQLSMALLINT* textLength) {
   Handle* handle = anyHandle(handleType, h);
   if (handle == nullptr) return SQL_INVALID_HANDLE;
+  CallLockHold hold(handle);
   if (recNumber < 1 || bufferLength < 0) return SQL_ERROR;
   if (static_cast<std::size_t>(recNumber) > handle->diagnostics.size()) return SQL_NO_DATA;
   const DiagRecord& diag = handle->diagnostics[static_cast<std::size_t>(recNumber) - 1];
@@ -39,6 +40,7 @@ ZUCSV_EXPORT SQLRETURN SQL_API SQLGetDiagField(SQLSMALLINT handleType, SQLHANDLE
                                              SQLSMALLINT* stringLength) {
   Handle* handle = anyHandle(handleType, h);
   if (handle == nullptr) return SQL_INVALID_HANDLE;
+  CallLockHold hold(handle);
   switch (identifier) {
     case SQL_DIAG_NUMBER:
       if (info != nullptr) *static_cast<SQLINTEGER*>(info) = static_cast<SQLINTEGER>(handle->diagnostics.size());

@@ -2,6 +2,8 @@
 
 #include <zuutl.h>
 
+#include <string_view>
+
 #include "call_scope.h"
 
 namespace zucsv {
@@ -40,6 +42,36 @@ bool operandValue(const Expr& e, const TableDef& table, const Row& row, const st
                   Value* out) {
   if (e.kind == ExprKind::kColumn) return columnValue(table, row, e.column, out);
   *out = constantValue(e, parameters);
+  return true;
+}
+
+// An operand of LIKE as its text, without a copy where it can be had in
+// place: a text column's field in the row, a literal's or marker's own text.
+// Columns of other types are read as their type first (and may fail so).
+struct LikeOperand {
+  bool null = true;
+  std::string_view text;
+  Value scratch;
+};
+
+bool likeOperand(const Expr& e, const TableDef& table, const Row& row, const std::vector<Value>& parameters,
+                 LikeOperand* out) {
+  if (e.kind != ExprKind::kColumn) {
+    const Value& v = constantValue(e, parameters);
+    out->null = v.null;
+    out->text = v.text;
+    return true;
+  }
+  const auto column = static_cast<std::size_t>(e.column);
+  if (table.columns[column].type == ColumnType::kText) {
+    const Field& field = row.fields[column];
+    out->null = field.null;
+    out->text = std::string_view(row.bytes.data() + field.start, field.length);
+    return true;
+  }
+  if (!columnValue(table, row, e.column, &out->scratch)) return false;
+  out->null = out->scratch.null;
+  out->text = out->scratch.text;
   return true;
 }
 
@@ -146,20 +178,21 @@ bool evaluate(const Expr& e, const TableDef& table, const Row& row, const std::v
       return true;
     }
     case ExprKind::kLike: {
-      Value text, pattern, escape;
-      if (!operandValue(*e.left, table, row, parameters, &text) ||
-          !operandValue(*e.right, table, row, parameters, &pattern)) {
+      LikeOperand text, pattern, escape;
+      if (!likeOperand(*e.left, table, row, parameters, &text) ||
+          !likeOperand(*e.right, table, row, parameters, &pattern)) {
         return false;
       }
       unsigned char escapeByte = 0;
       if (e.escape) {
-        if (!operandValue(*e.escape, table, row, parameters, &escape)) return false;
+        if (!likeOperand(*e.escape, table, row, parameters, &escape)) return false;
         if (escape.null) {
           *out = Truth::kUnknown;
           return true;
         }
         if (escape.text.size() != 1) {
-          driverError("22019", "Invalid escape character: ESCAPE takes one character, not '" + escape.text + "'.");
+          driverError("22019", "Invalid escape character: ESCAPE takes one character, not '" +
+                                   std::string(escape.text) + "'.");
           return false;
         }
         escapeByte = static_cast<unsigned char>(escape.text[0]);

@@ -16,15 +16,17 @@ constexpr unsigned short kCacheBlocks = 32;
 SQLRETURN allocEnvironment(SQLHANDLE* out) {
   mdsPerTaskInit();
   auto* env = new Environment;
+  SQLRETURN rc;
   {
     CallScope scope(env, "SQLAllocHandle");
     env->pageCache = bvmInit(kCacheBlocks);
-    if (scope.finish(env->pageCache != nullptr ? SQL_SUCCESS : SQL_ERROR) == SQL_ERROR) {
-      delete env;
-      mdsPerTaskTerm();
-      *out = SQL_NULL_HENV;
-      return SQL_ERROR;
-    }
+    rc = scope.finish(env->pageCache != nullptr ? SQL_SUCCESS : SQL_ERROR);
+  }
+  if (rc == SQL_ERROR) {
+    delete env;
+    mdsPerTaskTerm();
+    *out = SQL_NULL_HENV;
+    return SQL_ERROR;
   }
   *out = env;
   return SQL_SUCCESS;
@@ -116,6 +118,9 @@ ZUCSV_EXPORT SQLRETURN SQL_API SQLFreeHandle(SQLSMALLINT type, SQLHANDLE h) {
         stmt->prepared.reset();
         scope.finish(SQL_SUCCESS);
       }
+      // Leaving the connection's list of statements is a change to the
+      // connection, made under its lock.
+      CallLockHold hold(stmt->connection);
       delete stmt;
       return SQL_SUCCESS;
     }

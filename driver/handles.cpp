@@ -28,9 +28,9 @@ Handle::~Handle() {
   // The list deletes its records itself; nothing is current on it now.
 }
 
-Environment::Environment() : Handle(SQL_HANDLE_ENV) {}
+Environment::Environment() : Handle(SQL_HANDLE_ENV) { callLock = &calls; }
 
-Connection::Connection(Environment* env) : Handle(SQL_HANDLE_DBC), environment(env) {}
+Connection::Connection(Environment* env) : Handle(SQL_HANDLE_DBC), environment(env) { callLock = &calls; }
 
 Connection::~Connection() { delete trace; }
 

@@ -30,6 +30,10 @@ struct DiagRecord {
 
 // Invariants: `magic` names the kind while the handle lives and is wiped
 // when it is freed, so a stale handle is refused instead of used.
+// `callLock`, where there is one, is held through every call on the handle:
+// an environment and a connection are shared by threads (every connection
+// of a process is allocated on one environment), and only one call at a
+// time may have the handle's error list current.
 struct Handle {
   explicit Handle(SQLSMALLINT kind);
   virtual ~Handle();
@@ -37,6 +41,23 @@ struct Handle {
   unsigned magic;
   ZuErrorList errors;
   std::vector<DiagRecord> diagnostics;
+  ZuSemaphore* callLock = nullptr;
+};
+
+// Holds a handle's call lock, if it has one, for a scope.
+class CallLockHold {
+ public:
+  explicit CallLockHold(Handle* handle) : lock_(handle != nullptr ? handle->callLock : nullptr) {
+    if (lock_ != nullptr) lock_->lock();
+  }
+  ~CallLockHold() {
+    if (lock_ != nullptr) lock_->unlock();
+  }
+  CallLockHold(const CallLockHold&) = delete;
+  CallLockHold& operator=(const CallLockHold&) = delete;
+
+ private:
+  ZuSemaphore* lock_;
 };
 
 struct Connection;
@@ -46,6 +67,7 @@ struct Environment : Handle {
   SQLINTEGER odbcVersion = SQL_OV_ODBC3;
   void* pageCache = nullptr;  // the task's bvm cache, one use of it
   std::atomic<int> connections{0};  // allocated on it; the driver manager may do so from many threads
+  ZuSemaphore calls;
 };
 
 struct Connection : Handle {
@@ -61,6 +83,7 @@ struct Connection : Handle {
   SQLUINTEGER accessMode = SQL_MODE_READ_WRITE;
   SQLUINTEGER txnIsolation = 0;
   std::vector<struct Statement*> statements;  // allocated on it, freed with a disconnect
+  ZuSemaphore calls;
 };
 
 class Cursor;

@@ -23,7 +23,7 @@ bool SelectCursor::open(const ConnectOptions& options, ParsedStatement* statemen
   if (statement->distinct) distinct_ = std::make_unique<DistinctFilter>();
   if (!statement->order.empty()) {
     order_ = std::make_unique<RowOrder>();
-    if (!order_->build(&reader_, table_, statement->order,
+    if (!order_->build(&reader_, table_, statement->order, projection_,
                        [this](const Row& row, bool* keep) { return accept(row, keep); })) {
       return false;
     }
@@ -49,13 +49,7 @@ bool SelectCursor::accept(const Row& row, bool* keep) {
 }
 
 CsvReader::Result SelectCursor::nextRow(Row* row) {
-  if (order_) {
-    std::uint32_t offset = 0;
-    const CsvReader::Result got = order_->next(&offset);
-    if (got != CsvReader::kRow) return got;
-    std::uint32_t after = 0;
-    return reader_.readAt(offset, row, &after);
-  }
+  if (order_) return order_->next(&reader_, row);
   for (;;) {
     const CsvReader::Result got = reader_.next(row);
     if (got != CsvReader::kRow) return got;

@@ -19,6 +19,23 @@ bool isDate(const std::string& t) {
   return month >= 1 && month <= 12 && day >= 1 && day <= 31;
 }
 
+// Plain decimal digits with an optional minus, short enough not to
+// overflow: the common case, read without strtoll. Anything else (signs,
+// blanks, long numbers) goes to strtoll, which decides.
+bool plainInteger(const unsigned char* bytes, std::size_t length, std::int64_t* out) {
+  constexpr std::size_t kSafeDigits = 18;
+  const bool negative = length != 0 && bytes[0] == '-';
+  const std::size_t first = negative ? 1 : 0;
+  if (length == first || length - first > kSafeDigits) return false;
+  std::int64_t v = 0;
+  for (std::size_t i = first; i < length; ++i) {
+    if (!isDigit(bytes[i])) return false;
+    v = v * 10 + (bytes[i] - '0');
+  }
+  *out = negative ? -v : v;
+  return true;
+}
+
 }  // namespace
 
 bool typedValue(const unsigned char* bytes, std::size_t length, ColumnType type, Value* out) {
@@ -32,6 +49,12 @@ bool typedValue(const unsigned char* bytes, std::size_t length, ColumnType type,
       if (isDate(out->text)) return true;
       break;
     case ColumnType::kInteger: {
+      std::int64_t plain = 0;
+      if (plainInteger(bytes, length, &plain)) {
+        out->integer = plain;
+        out->real = static_cast<double>(plain);
+        return true;
+      }
       errno = 0;
       char* end = nullptr;
       const long long v = std::strtoll(out->text.c_str(), &end, 10);
@@ -59,7 +82,7 @@ bool typedValue(const unsigned char* bytes, std::size_t length, ColumnType type,
 
 const char* typeName(ColumnType type) {
   switch (type) {
-    case ColumnType::kInteger: return "INTEGER";
+    case ColumnType::kInteger: return "BIGINT";
     case ColumnType::kDouble: return "DOUBLE";
     case ColumnType::kDate: return "DATE";
     default: return "VARCHAR";

@@ -29,6 +29,8 @@ struct Value {
 // A field's text read as `type`; false when it is not one (the value is
 // left null then).
 bool typedValue(const unsigned char* bytes, std::size_t length, ColumnType type, Value* out);
+// The SQL name of the type the column is described with (an integer column
+// holds 64 bits: BIGINT).
 const char* typeName(ColumnType type);
 
 Value textValue(const std::string& text);

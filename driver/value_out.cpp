@@ -1,23 +1,32 @@
 #include "value_out.h"
 
+#include <charconv>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
+#include <string_view>
 
 #include "call_scope.h"
 
 namespace zucsv {
 namespace {
 
-std::string asText(const Value& v) {
-  if (v.type == ColumnType::kInteger) return std::to_string(v.integer);
+// Room for a number's text: "%.17g" of a double, or a 64-bit integer.
+constexpr std::size_t kNumberText = 40;
+
+// The value's text: a number formatted into `scratch`, any other value's own
+// bytes, without a copy.
+std::string_view asText(const Value& v, char (&scratch)[kNumberText]) {
+  if (v.type == ColumnType::kInteger) {
+    const std::to_chars_result r = std::to_chars(scratch, scratch + sizeof scratch, v.integer);
+    return std::string_view(scratch, static_cast<std::size_t>(r.ptr - scratch));
+  }
   if (v.type == ColumnType::kDouble) {
-    char buffer[40];
-    std::snprintf(buffer, sizeof buffer, "%.15g", v.real);
-    if (std::strtod(buffer, nullptr) != v.real) std::snprintf(buffer, sizeof buffer, "%.17g", v.real);
-    return buffer;
+    int n = std::snprintf(scratch, sizeof scratch, "%.15g", v.real);
+    if (std::strtod(scratch, nullptr) != v.real) n = std::snprintf(scratch, sizeof scratch, "%.17g", v.real);
+    return std::string_view(scratch, static_cast<std::size_t>(n));
   }
   return v.text;
 }
@@ -57,7 +66,7 @@ SQLRETURN putInteger(double d, long long i, bool integral, SQLPOINTER buffer, SQ
   return SQL_SUCCESS;
 }
 
-SQLRETURN putPiece(const std::string& bytes, std::size_t unitBytes, std::size_t terminator, SQLPOINTER buffer,
+SQLRETURN putPiece(std::string_view bytes, std::size_t unitBytes, std::size_t terminator, SQLPOINTER buffer,
                    SQLLEN size, SQLLEN* indicator, std::size_t* offset) {
   const std::size_t total = bytes.size() * unitBytes;
   const std::size_t from = *offset * unitBytes;
@@ -108,16 +117,17 @@ SQLRETURN putValue(const Value& v, SQLSMALLINT target, SQLPOINTER buffer, SQLLEN
     return SQL_SUCCESS;
   }
   if (target == SQL_C_DEFAULT) target = defaultCType(v.type);
+  char scratch[kNumberText];
   double d = 0;
   long long i = 0;
   bool integral = false;
   switch (target) {
     case SQL_C_CHAR:
-      return putPiece(asText(v), 1, 1, buffer, size, indicator, offset);
+      return putPiece(asText(v, scratch), 1, 1, buffer, size, indicator, offset);
     case SQL_C_WCHAR:
-      return putPiece(asText(v), sizeof(SQLWCHAR), sizeof(SQLWCHAR), buffer, size, indicator, offset);
+      return putPiece(asText(v, scratch), sizeof(SQLWCHAR), sizeof(SQLWCHAR), buffer, size, indicator, offset);
     case SQL_C_BINARY:
-      return putPiece(asText(v), 1, 0, buffer, size, indicator, offset);
+      return putPiece(asText(v, scratch), 1, 0, buffer, size, indicator, offset);
     case SQL_C_SLONG:
     case SQL_C_LONG:
       if (!asNumber(v, &d, &i, &integral)) return SQL_ERROR;

@@ -3,7 +3,8 @@ from a private ODBCSYSINI/ODBCINI, queried through isql and pyodbc by data
 source and by DRIVER= connect string. Every query's rows are compared with
 sqlite3 running the same query over the same data loaded into a table.
 
-Usage: acceptance.py /path/to/libzucsv.so   (exit 77: pyodbc or isql missing)
+Usage: acceptance.py /path/to/libzucsv.so [--threads]   (exit 77: pyodbc or isql
+missing; --threads: only the threads and the appending processes)
 """
 import atexit
 import os
@@ -187,113 +188,86 @@ def run_queries(conn, label):
             label, sql, len(got), len(want), "" if len(got) != len(want) else " (rows differ)"))
 
 
-for how in ("dsn", "driver"):
-    c = connect(how)
-    run_queries(c, "pyodbc/" + how)
+def clients():
+    """Each client and way of connecting, one at a time."""
+    for how in ("dsn", "driver"):
+        c = connect(how)
+        run_queries(c, "pyodbc/" + how)
+        c.close()
+
+    # --- long values in pieces, INSERT, the catalog -------------------------
+
+    c = connect("dsn")
+    cur = c.cursor()
+    long_text = "".join(rng.choice(string.ascii_letters + ",\"\n\u00e9") for _ in range(20000))
+    cur.execute("INSERT INTO log (id, who, note) VALUES (?, ?, ?)", 1, "first, \"quoted\"", long_text)
+    cur.execute("INSERT INTO log VALUES (2, NULL, '')")
+    check(cur.rowcount == 1, "INSERT reports one row")
+    rows = cur.execute("SELECT id, who, note FROM log ORDER BY id").fetchall()
+    check([tuple(r) for r in rows] == [(1, 'first, "quoted"', long_text), (2, None, "")],
+          "INSERT then SELECT gives back what went in (a %d-byte value read in pieces)" % len(long_text))
+    tables = sorted(r.table_name for r in cur.tables())
+    check(tables == ["big", "log", "people", "ragged", "unterm"], "SQLTables lists the CSV files: %s" % tables)
+    columns = [(r.column_name, r.type_name, r.data_type, r.ordinal_position) for r in cur.columns(table="people")]
+    check(columns == [("id", "BIGINT", pyodbc.SQL_BIGINT, 1), ("name", "VARCHAR", pyodbc.SQL_VARCHAR, 2),
+                      ("city", "VARCHAR", pyodbc.SQL_VARCHAR, 3), ("score", "DOUBLE", pyodbc.SQL_DOUBLE, 4),
+                      ("born", "DATE", pyodbc.SQL_TYPE_DATE, 5)], "SQLColumns describes people: %s" % columns)
+    # A type's name and number agree wherever the driver gives both.
+    type_info = {r.type_name: r.data_type for r in cur.getTypeInfo()}
+    check(all(type_info.get(name) == number for _, name, number, _ in columns),
+          "SQLGetTypeInfo gives the names SQLColumns uses the same numbers: %s" % type_info)
+    check([d[0] for d in cur.execute("SELECT name, id FROM people").description] == ["name", "id"],
+          "SQLDescribeCol names the columns")
+
+    # --- diagnostics --------------------------------------------------------
+
+    def expect_error(action, state, words, what):
+        try:
+            action()
+        except pyodbc.Error as e:
+            text = str(e.args[1]) if len(e.args) > 1 else str(e)
+            check(e.args[0] == state and all(w in text for w in words),
+                  "%s: %s %s, wanted %s with %s" % (what, e.args[0], text, state, words))
+            return
+        check(False, "%s: no error" % what)
+
+    expect_error(lambda: pyodbc.connect("DRIVER={ZuCSV};DBQ=%s;;HEADER=1" % data), "08001",
+                 ["Error parsing connect string at offset"], "a connect string that does not parse")
+    expect_error(lambda: pyodbc.connect("DRIVER={ZuCSV};DBQ=%s;dbq=x" % data), "08001",
+                 ["specified more than once"], "a repeated keyword")
+    expect_error(lambda: cur.execute("SELECT id FROM people WHERE"), "42000", ["offset 27"], "SQL that does not parse")
+    expect_error(lambda: cur.execute("SELECT id FROM people WHERE name = 'open"), "42000", ["offset 35"],
+                 "an unclosed quote")
+    expect_error(lambda: cur.execute("SELECT * FROM nosuch"), "42S02", ["nosuch", "Cannot open file"], "a missing table")
+    expect_error(lambda: cur.execute("SELECT nope FROM people"), "42S22", ["nope"], "a missing column")
+    for outside in ['"../secret"', '"/etc/passwd"', '"C:\\etc\\passwd"', '"..\\secret.csv"']:
+        expect_error(lambda: cur.execute("SELECT * FROM " + outside), "42S02", ["not a file name inside"],
+                     "a path outside the directory: " + outside)
+    expect_error(lambda: cur.execute("SELECT * FROM ragged").fetchall(), "HY000", ["ragged.csv", "line 3"],
+                 "a ragged row")
+    expect_error(lambda: cur.execute("SELECT * FROM unterm").fetchall(), "HY000", ["unterm.csv", "line 3", "quoted"],
+                 "an unterminated quote")
     c.close()
 
+    # --- isql, by data source and by connect string -------------------------
 
-# --- long values in pieces, INSERT, the catalog -------------------------
+    def isql(args, sql):
+        run = subprocess.run([ISQL, "-b", "-x0x09"] + args, input=(sql + "\n").encode(), capture_output=True,
+                             timeout=120)
+        return run.returncode, run.stdout.decode(ENC)
 
-c = connect("dsn")
-cur = c.cursor()
-long_text = "".join(rng.choice(string.ascii_letters + ",\"\n\u00e9") for _ in range(20000))
-cur.execute("INSERT INTO log (id, who, note) VALUES (?, ?, ?)", 1, "first, \"quoted\"", long_text)
-cur.execute("INSERT INTO log VALUES (2, NULL, '')")
-check(cur.rowcount == 1, "INSERT reports one row")
-rows = cur.execute("SELECT id, who, note FROM log ORDER BY id").fetchall()
-check([tuple(r) for r in rows] == [(1, 'first, "quoted"', long_text), (2, None, "")],
-      "INSERT then SELECT gives back what went in (a %d-byte value read in pieces)" % len(long_text))
-tables = sorted(r.table_name for r in cur.tables())
-check(tables == ["big", "log", "people", "ragged", "unterm"], "SQLTables lists the CSV files: %s" % tables)
-columns = [(r.column_name, r.type_name, r.ordinal_position) for r in cur.columns(table="people")]
-check(columns == [("id", "INTEGER", 1), ("name", "VARCHAR", 2), ("city", "VARCHAR", 3), ("score", "DOUBLE", 4),
-                  ("born", "DATE", 5)], "SQLColumns describes people: %s" % columns)
-check([d[0] for d in cur.execute("SELECT name, id FROM people").description] == ["name", "id"],
-      "SQLDescribeCol names the columns")
-
-
-# --- diagnostics --------------------------------------------------------
-
-def expect_error(action, state, words, what):
-    try:
-        action()
-    except pyodbc.Error as e:
-        text = str(e.args[1]) if len(e.args) > 1 else str(e)
-        check(e.args[0] == state and all(w in text for w in words),
-              "%s: %s %s, wanted %s with %s" % (what, e.args[0], text, state, words))
-        return
-    check(False, "%s: no error" % what)
-
-
-expect_error(lambda: pyodbc.connect("DRIVER={ZuCSV};DBQ=%s;;HEADER=1" % data), "08001",
-             ["Error parsing connect string at offset"], "a connect string that does not parse")
-expect_error(lambda: pyodbc.connect("DRIVER={ZuCSV};DBQ=%s;dbq=x" % data), "08001",
-             ["specified more than once"], "a repeated keyword")
-expect_error(lambda: cur.execute("SELECT id FROM people WHERE"), "42000", ["offset 27"], "SQL that does not parse")
-expect_error(lambda: cur.execute("SELECT id FROM people WHERE name = 'open"), "42000", ["offset 35"],
-             "an unclosed quote")
-expect_error(lambda: cur.execute("SELECT * FROM nosuch"), "42S02", ["nosuch", "Cannot open file"], "a missing table")
-expect_error(lambda: cur.execute("SELECT nope FROM people"), "42S22", ["nope"], "a missing column")
-for outside in ['"../secret"', '"/etc/passwd"', '"C:\\etc\\passwd"', '"..\\secret.csv"']:
-    expect_error(lambda: cur.execute("SELECT * FROM " + outside), "42S02", ["not a file name inside"],
-                 "a path outside the directory: " + outside)
-expect_error(lambda: cur.execute("SELECT * FROM ragged").fetchall(), "HY000", ["ragged.csv", "line 3"],
-             "a ragged row")
-expect_error(lambda: cur.execute("SELECT * FROM unterm").fetchall(), "HY000", ["unterm.csv", "line 3", "quoted"],
-             "an unterminated quote")
-c.close()
-
-
-# --- isql, by data source and by connect string -------------------------
-
-def isql(args, sql):
-    run = subprocess.run([ISQL, "-b", "-x0x09"] + args, input=(sql + "\n").encode(), capture_output=True,
-                         timeout=120)
-    return run.returncode, run.stdout.decode(ENC)
-
-
-sql = "SELECT id FROM people WHERE name LIKE '%abc%' AND score > 0 ORDER BY id"
-want = [str(r[0]) for r in lite.execute(sql)]
-for args, label in ((["csvtest"], "isql by DSN"), (["-k", "DRIVER={ZuCSV};DBQ=%s" % data], "isql by DRIVER=")):
-    rc, out = isql(args, sql)
-    got = [line.strip() for line in out.splitlines() if line.strip().isdigit()]
-    check(rc == 0 and got == want, "%s: %d rows, sqlite %d (exit %d)" % (label, len(got), len(want), rc))
-rc, out = isql(["csvtest", "-v"], "SELECT * FROM nosuch")
-# isql asks for ODBC 2 behaviour, so the driver manager shows 42S02 as S0002.
-check(("42S02" in out or "S0002" in out) and "nosuch" in out, "isql shows the missing table's diagnostic: %r" % out[-200:])
+    sql = "SELECT id FROM people WHERE name LIKE '%abc%' AND score > 0 ORDER BY id"
+    want = [str(r[0]) for r in lite.execute(sql)]
+    for args, label in ((["csvtest"], "isql by DSN"), (["-k", "DRIVER={ZuCSV};DBQ=%s" % data], "isql by DRIVER=")):
+        rc, out = isql(args, sql)
+        got = [line.strip() for line in out.splitlines() if line.strip().isdigit()]
+        check(rc == 0 and got == want, "%s: %d rows, sqlite %d (exit %d)" % (label, len(got), len(want), rc))
+    rc, out = isql(["csvtest", "-v"], "SELECT * FROM nosuch")
+    # isql asks for ODBC 2 behaviour, so the driver manager shows 42S02 as S0002.
+    check(("42S02" in out or "S0002" in out) and "nosuch" in out, "isql shows the missing table's diagnostic: %r" % out[-200:])
 
 
 # --- threads and processes ----------------------------------------------
-
-THREAD_QUERIES = [q for q in QUERIES if "big" not in q[0] or "DISTINCT" in q[0]]
-expected = {}
-for sql, params, ordered in THREAD_QUERIES:
-    rows = lite.execute(sql, params).fetchall()
-    expected[sql] = rows if ordered else unordered(rows)
-
-
-def worker(n, errors):
-    try:
-        conn = connect("dsn" if n % 2 else "driver")
-        cur = conn.cursor()
-        for _ in range(3):
-            for sql, params, ordered in THREAD_QUERIES:
-                got = normal(cur.execute(sql, *params).fetchall())
-                if (got if ordered else unordered(got)) != expected[sql]:
-                    errors.append("thread %d: %s" % (n, sql))
-        conn.close()
-    except Exception as e:  # noqa: BLE001 - a thread's failure is reported, not raised
-        errors.append("thread %d: %r" % (n, e))
-
-
-errors = []
-threads = [threading.Thread(target=worker, args=(n, errors)) for n in range(8)]
-for t in threads:
-    t.start()
-for t in threads:
-    t.join()
-check(not errors, "8 threads querying at once: %s" % errors[:3])
 
 APPENDS = 150
 appender = """
@@ -304,13 +278,51 @@ for i in range(%d):
     cur.execute("INSERT INTO log (id, who, note) VALUES (?, ?, ?)", 1000 * int(sys.argv[1]) + i, "p" + sys.argv[1],
                 "row, with a comma\\nand a line")
 """ % APPENDS
-procs = [subprocess.Popen([sys.executable, "-c", appender, str(p)]) for p in (1, 2)]
-check(all(p.wait(timeout=300) == 0 for p in procs), "both appending processes finish")
-c = connect("dsn")
-ids = sorted(r[0] for r in c.cursor().execute("SELECT id FROM log WHERE id >= 1000").fetchall())
-want = sorted([1000 + i for i in range(APPENDS)] + [2000 + i for i in range(APPENDS)])
-check(ids == want, "2 processes appending to one table: %d rows of %d" % (len(ids), len(want)))
-c.close()
+
+
+def threads_and_processes():
+    """8 threads querying at once, and 2 processes appending to one table."""
+    THREAD_QUERIES = [q for q in QUERIES if "big" not in q[0] or "DISTINCT" in q[0]]
+    expected = {}
+    for sql, params, ordered in THREAD_QUERIES:
+        rows = lite.execute(sql, params).fetchall()
+        expected[sql] = rows if ordered else unordered(rows)
+
+    def worker(n, errors):
+        try:
+            conn = connect("dsn" if n % 2 else "driver")
+            cur = conn.cursor()
+            for _ in range(3):
+                for sql, params, ordered in THREAD_QUERIES:
+                    got = normal(cur.execute(sql, *params).fetchall())
+                    if (got if ordered else unordered(got)) != expected[sql]:
+                        errors.append("thread %d: %s" % (n, sql))
+            conn.close()
+        except Exception as e:  # noqa: BLE001 - a thread's failure is reported, not raised
+            errors.append("thread %d: %r" % (n, e))
+
+    errors = []
+    threads = [threading.Thread(target=worker, args=(n, errors)) for n in range(8)]
+    for t in threads:
+        t.start()
+    for t in threads:
+        t.join()
+    check(not errors, "8 threads querying at once: %s" % errors[:3])
+
+    procs = [subprocess.Popen([sys.executable, "-c", appender, str(p)]) for p in (1, 2)]
+    check(all(p.wait(timeout=300) == 0 for p in procs), "both appending processes finish")
+    c = connect("dsn")
+    ids = sorted(r[0] for r in c.cursor().execute("SELECT id FROM log WHERE id >= 1000").fetchall())
+    want = sorted([1000 + i for i in range(APPENDS)] + [2000 + i for i in range(APPENDS)])
+    check(ids == want, "2 processes appending to one table: %d rows of %d" % (len(ids), len(want)))
+    c.close()
+
+
+# The thread part alone is what runs where the driver is built with
+# ThreadSanitizer (its runtime preloaded into Python).
+if "--threads" not in sys.argv[2:]:
+    clients()
+threads_and_processes()
 
 if failures:
     print("%d check(s) failed" % len(failures))
