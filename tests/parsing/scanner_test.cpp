@@ -11,8 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "errors/keeper.h"
-#include "frame/thread.h"
+#include "support/error_fixture.h"
 #include "support/oom_sweep.h"
 
 namespace {
@@ -210,10 +209,9 @@ TEST(ZuScanner, RewritesItsOwner) {
   EXPECT_EQ(borrowed.insertToken(&t, ZuSubString(u("b"))), ZU_ERROR);
 }
 
-TEST(ZuScanner, RefusedGrowthLeavesScannerAndTokenAlone) {
-  ASSERT_EQ(mdsPerThreadInit(), 1);
-  ZuErrorList list;
-  ZuErrorKeeper::setErrorList(&list);
+using ScannerErrors = zutest::ErrorFixture;
+
+TEST_F(ScannerErrors, RefusedGrowthLeavesScannerAndTokenAlone) {
   ZuString big;
   ASSERT_EQ(big.initialize(u(std::string(65480, 'a').c_str())), ZU_OK);
   ZuScanner s(&big);
@@ -221,15 +219,13 @@ TEST(ZuScanner, RefusedGrowthLeavesScannerAndTokenAlone) {
   s.getToken(t);
   const std::string longer(10, 'b');
   EXPECT_EQ(s.insertToken(&t, ZuSubString(u(longer.c_str()))), ZU_ERROR);
-  EXPECT_EQ(ZuErrorKeeper::getLastErrorNumber(), 2716);
+  EXPECT_EQ(lastError(), 2716);
   const std::string replacement = std::string(65480, 'c') + longer;
   EXPECT_EQ(s.changeToken(&t, ZuSubString(u(replacement.c_str()))), ZU_ERROR);
   EXPECT_EQ(t.offset, 0u);
   EXPECT_EQ(s.position, 65480u);
   EXPECT_EQ(s.scanBytes, big.bytes);
   EXPECT_EQ(big.length, 65480u);
-  ZuErrorKeeper::giveUpErrorList();
-  mdsPerThreadTerm();
 
   // Texts large enough that the heap must ask the system for blocks.
   const std::string where = "WHERE a = ? AND " + std::string(30000, 'b');
