@@ -132,11 +132,13 @@ TEST_F(HostFaults, PathsAndWalksSwallowWhatTheirContractsSwallow) {
         do {
           status = bosFindFiles(&files, name);
         } while (status == ZU_OK && files != nullptr);
+        EXPECT_EQ(files, nullptr) << "a refused search ends the walk";
+        // A walk that starts holds a context; a refused one holds none.
         void* drives = nullptr;
-        do {
-          if (bosGetFileSystems(&drives, name) != ZU_OK) status = ZU_ERROR;
-        } while (drives != nullptr);
-        return status;
+        const bool walked = bosGetFileSystems(&drives, name) == ZU_OK;
+        EXPECT_EQ(walked, drives != nullptr);
+        while (drives != nullptr) bosGetFileSystems(&drives, name);
+        return walked ? status : ZU_ERROR;
       },
       {kNoMemory}));
   EXPECT_TRUE(sweep(

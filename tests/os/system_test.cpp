@@ -14,7 +14,6 @@
 #include "support/dos_world.h"
 #include "platform/dos.h"
 #include "platform/dos_view.h"
-#include "support/oom_sweep.h"
 
 namespace {
 
@@ -63,24 +62,6 @@ TEST_F(System, FindFilesMatchesWithoutRegardToCase) {
   void* none = nullptr;
   EXPECT_EQ(bosGetDirectoryNames(&none, name), ZU_OK);
   EXPECT_EQ(none, nullptr);
-}
-
-TEST_F(System, WalksRefusedMemoryEndAtOnce) {
-  writeHost("c/one.txt", "");
-  EXPECT_TRUE(zutest::sweepOutOfMemory([] {
-    unsigned char name[256] = "*.*";
-    unsigned char* files = nullptr;
-    void* drives = nullptr;
-    // A search the host refuses is the end of the walk; only the context's
-    // own memory fails it.
-    const bool found = bosFindFiles(&files, name) == ZU_OK;
-    EXPECT_TRUE(found || files == nullptr);
-    while (files != nullptr) bosFindFiles(&files, name);
-    const bool walked = bosGetFileSystems(&drives, name) == ZU_OK;
-    EXPECT_EQ(walked, drives != nullptr) << "a refused walk is empty with a null context";
-    while (drives != nullptr) bosGetFileSystems(&drives, name);
-    return found && walked;
-  }));
 }
 
 TEST_F(System, DrivesComeFromTheMapAndTheTemporaryDirectoryStaysValid) {

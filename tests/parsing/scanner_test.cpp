@@ -11,8 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "errors/keeper.h"
-#include "frame/thread.h"
+#include "support/error_fixture.h"
 #include "support/oom_sweep.h"
 
 namespace {
@@ -44,23 +43,6 @@ constexpr std::uint32_t pair(char a, char b) {
   return static_cast<unsigned char>(a) * 256u + static_cast<unsigned char>(b);
 }
 
-TEST(ZuScanner, EmptyAndBlankTextsEndAtTheirLength) {
-  EXPECT_EQ(scan(""), "1:");
-  ZuScanner s(u(" \t\r\n\v\f"));
-  ZuToken t;
-  for (int again = 0; again < 2; ++again) {
-    s.getToken(t);
-    EXPECT_EQ(t.type, ZU_TOKEN_END);
-    EXPECT_EQ(t.offset, 6u);
-    s.unGetToken(t);
-    EXPECT_EQ(s.position, 6u);
-  }
-  ZuScanner none;
-  none.getToken(t);
-  EXPECT_EQ(t.type, ZU_TOKEN_END);
-  EXPECT_EQ(t.bytes, nullptr);
-}
-
 // Every token up to the end for one text, option set and search mode.
 TEST(ZuScanner, TokensOfEachKindUnderEachOption) {
   const Options noQuotes = [](ZuScanner& s) { s.quote1 = s.quote2 = s.quote3 = 0; };
@@ -79,6 +61,8 @@ TEST(ZuScanner, TokensOfEachKindUnderEachOption) {
     SearchType type = ZU_SEARCH_NORMAL;
   };
   const Case cases[] = {
+      {"", "1:"},
+      {" \t\r\n\v\f", "1:"},
       {"SELECT *", "2:SELECT|42:*|1:"},
       {"a<=b", "2:a|15421:<=|2:b|1:"},
       {"1.5", "9:1.5|1:"},
@@ -123,6 +107,11 @@ TEST(ZuScanner, TokensOfEachKindUnderEachOption) {
     SCOPED_TRACE(c.input);
     EXPECT_EQ(scan(c.input, c.options, c.type), c.tokens);
   }
+  ZuScanner none;  // no text at all
+  ZuToken t;
+  none.getToken(t);
+  EXPECT_EQ(t.type, ZU_TOKEN_END);
+  EXPECT_EQ(t.bytes, nullptr);
 }
 
 TEST(ZuScanner, OperatorTable) {
@@ -220,10 +209,9 @@ TEST(ZuScanner, RewritesItsOwner) {
   EXPECT_EQ(borrowed.insertToken(&t, ZuSubString(u("b"))), ZU_ERROR);
 }
 
-TEST(ZuScanner, RefusedGrowthLeavesScannerAndTokenAlone) {
-  ASSERT_EQ(mdsPerThreadInit(), 1);
-  ZuErrorList list;
-  ZuErrorKeeper::setErrorList(&list);
+using ScannerErrors = zutest::ErrorFixture;
+
+TEST_F(ScannerErrors, RefusedGrowthLeavesScannerAndTokenAlone) {
   ZuString big;
   ASSERT_EQ(big.initialize(u(std::string(65480, 'a').c_str())), ZU_OK);
   ZuScanner s(&big);
@@ -231,15 +219,13 @@ TEST(ZuScanner, RefusedGrowthLeavesScannerAndTokenAlone) {
   s.getToken(t);
   const std::string longer(10, 'b');
   EXPECT_EQ(s.insertToken(&t, ZuSubString(u(longer.c_str()))), ZU_ERROR);
-  EXPECT_EQ(ZuErrorKeeper::getLastErrorNumber(), 2716);
+  EXPECT_EQ(lastError(), 2716);
   const std::string replacement = std::string(65480, 'c') + longer;
   EXPECT_EQ(s.changeToken(&t, ZuSubString(u(replacement.c_str()))), ZU_ERROR);
   EXPECT_EQ(t.offset, 0u);
   EXPECT_EQ(s.position, 65480u);
   EXPECT_EQ(s.scanBytes, big.bytes);
   EXPECT_EQ(big.length, 65480u);
-  ZuErrorKeeper::giveUpErrorList();
-  mdsPerThreadTerm();
 
   // Texts large enough that the heap must ask the system for blocks.
   const std::string where = "WHERE a = ? AND " + std::string(30000, 'b');

@@ -47,7 +47,6 @@ class ValueParser : public zutest::ErrorFixture {
       if (e->isStatic() == 0) delete e;
     }
   }
-  ZuErrorList list;
 };
 
 // A parser over its own copy of the text, initialized.

@@ -7,11 +7,10 @@
 #include <cstdint>
 #include <string>
 
-#include "errors/keeper.h"
-#include "frame/thread.h"
 #include "memory/ram.h"
 #include "strings/param_string.h"
 #include "strings/replace_string.h"
+#include "support/error_fixture.h"
 #include "support/heap_check.h"
 
 namespace {
@@ -83,30 +82,25 @@ TEST(ZuParamString, QuotedParameterDoublesItsQuotes) {
   EXPECT_EQ(str(p), "name='it''s'");
 }
 
-TEST(ZuParamString, ValueWideningPastTheLimitFailsAndSilencesTheChain) {
-  mdsPerThreadInit();
-  {
-    ZuErrorList list;
-    ZuErrorKeeper::setErrorList(&list);
-    // Every occurrence grows the text by 40,000 bytes: the first fits, the
-    // second passes the string limit.
-    const std::string big(40000, 'v');
-    ZuParamString p;
-    ASSERT_EQ(p.initialize(u("%s1|%s1|%s2")), ZU_OK);
-    EXPECT_EQ(p.setParam(u(big.c_str())), ZU_ERROR);
-    EXPECT_EQ(p.failed, 1u);
-    EXPECT_EQ(ZuErrorKeeper::getLastErrorNumber(), 2716);
-    EXPECT_EQ(str(p), big + "|%s1|%s2");
-    p << u("never");
-    EXPECT_EQ(p.paramCount, 1);
-    // The direct call does not look at the flag; a good initialize clears it.
-    EXPECT_EQ(p.setParam(u("x")), ZU_OK);
-    EXPECT_EQ(str(p), big + "|%s1|x");
-    ASSERT_EQ(p.initialize(u("%s1")), ZU_OK);
-    EXPECT_EQ(p.failed, 0u);
-    ZuErrorKeeper::giveUpErrorList();
-  }
-  mdsPerThreadTerm();
+using ParamErrors = zutest::ErrorFixture;
+
+TEST_F(ParamErrors, ValueWideningPastTheLimitFailsAndSilencesTheChain) {
+  // Every occurrence grows the text by 40,000 bytes: the first fits, the
+  // second passes the string limit.
+  const std::string big(40000, 'v');
+  ZuParamString p;
+  ASSERT_EQ(p.initialize(u("%s1|%s1|%s2")), ZU_OK);
+  EXPECT_EQ(p.setParam(u(big.c_str())), ZU_ERROR);
+  EXPECT_EQ(p.failed, 1u);
+  EXPECT_EQ(lastError(), 2716);
+  EXPECT_EQ(str(p), big + "|%s1|%s2");
+  p << u("never");
+  EXPECT_EQ(p.paramCount, 1);
+  // The direct call does not look at the flag; a good initialize clears it.
+  EXPECT_EQ(p.setParam(u("x")), ZU_OK);
+  EXPECT_EQ(str(p), big + "|%s1|x");
+  ASSERT_EQ(p.initialize(u("%s1")), ZU_OK);
+  EXPECT_EQ(p.failed, 0u);
 }
 
 TEST(ZuParamString, FailedInitializeLeavesAnEmptyTextAndASilentChain) {

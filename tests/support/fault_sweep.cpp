@@ -62,6 +62,54 @@ std::vector<HostCall> reachedSlots(const std::function<ZuStatus()>& operation) {
 
 }  // namespace
 
+::testing::AssertionResult sweepCall(HostCall call, int error, const std::function<ZuStatus()>& operation,
+                                     const std::set<unsigned short>& rows, HostSweepTally& t,
+                                     std::uint32_t maxRuns) {
+  const std::string what = std::string(zu::platform::hostCallName(call)) + " with errno " + std::to_string(error);
+  ++t.slots;
+  t.slotsSeen |= std::uint64_t{1} << static_cast<unsigned>(call);
+  for (std::uint32_t nth = 1;; ++nth) {
+    if (nth > maxRuns) {
+      return ::testing::AssertionFailure() << what << ": still failing after " << maxRuns << " runs";
+    }
+    const std::uint32_t blocks = blocksInUse();
+    const int descriptors = openDescriptors();
+    ZuStatus status;
+    unsigned short last = 0;
+    bool delivered = false;
+    {
+      ZuErrorList list;
+      ZuErrorKeeper::setErrorList(&list);
+      zu::platform::hostFail(call, nth, error);
+      status = operation();
+      delivered = zu::platform::hostFailed(call);
+      zu::platform::hostRestoreAll();
+      last = ZuErrorKeeper::getLastErrorNumber();
+      ZuErrorKeeper::giveUpErrorList();
+    }
+    ++t.runs;
+    const std::string run = what + ", call " + std::to_string(nth);
+    if (status != ZU_OK) {
+      ++t.failures;
+      if (rows.count(last) == 0) return ::testing::AssertionFailure() << run << ": failed with row " << last;
+    }
+    if (auto sound = heapIsSound(); !sound) {
+      return ::testing::AssertionFailure() << run << ": " << sound.message();
+    }
+    if (blocksInUse() != blocks) {
+      return ::testing::AssertionFailure() << run << ": heap blocks " << blocks << " -> " << blocksInUse();
+    }
+    if (zu::platform::files::openHandleCount() != 0) {
+      return ::testing::AssertionFailure() << run << ": a handle was left open";
+    }
+    if (openDescriptors() != descriptors) {
+      return ::testing::AssertionFailure() << run << ": descriptors " << descriptors << " -> "
+                                           << openDescriptors();
+    }
+    if (!delivered) return ::testing::AssertionSuccess();
+  }
+}
+
 ::testing::AssertionResult sweepHostFaults(const std::function<ZuStatus()>& operation,
                                            std::initializer_list<unsigned short> rows,
                                            HostSweepTally* tally, std::uint32_t maxRuns) {
@@ -71,52 +119,7 @@ std::vector<HostCall> reachedSlots(const std::function<ZuStatus()>& operation) {
   const std::set<unsigned short> allowed(rows);
   for (HostCall call : reachedSlots(operation)) {
     for (int error : errnosFor(call)) {
-      const std::string what = std::string(zu::platform::hostCallName(call)) + " with errno " +
-                               std::to_string(error);
-      ++t.slots;
-      t.slotsSeen |= std::uint64_t{1} << static_cast<unsigned>(call);
-      for (std::uint32_t nth = 1;; ++nth) {
-        if (nth > maxRuns) {
-          return ::testing::AssertionFailure() << what << ": still failing after " << maxRuns << " runs";
-        }
-        const std::uint32_t blocks = blocksInUse();
-        const int descriptors = openDescriptors();
-        ZuStatus status;
-        unsigned short last = 0;
-        bool delivered = false;
-        {
-          ZuErrorList list;
-          ZuErrorKeeper::setErrorList(&list);
-          zu::platform::hostFail(call, nth, error);
-          status = operation();
-          delivered = zu::platform::hostFailed(call);
-          zu::platform::hostRestoreAll();
-          last = ZuErrorKeeper::getLastErrorNumber();
-          ZuErrorKeeper::giveUpErrorList();
-        }
-        ++t.runs;
-        const std::string run = what + ", call " + std::to_string(nth);
-        if (status != ZU_OK) {
-          ++t.failures;
-          if (allowed.count(last) == 0) {
-            return ::testing::AssertionFailure() << run << ": failed with row " << last;
-          }
-        }
-        if (auto sound = heapIsSound(); !sound) {
-          return ::testing::AssertionFailure() << run << ": " << sound.message();
-        }
-        if (blocksInUse() != blocks) {
-          return ::testing::AssertionFailure() << run << ": heap blocks " << blocks << " -> " << blocksInUse();
-        }
-        if (zu::platform::files::openHandleCount() != 0) {
-          return ::testing::AssertionFailure() << run << ": a handle was left open";
-        }
-        if (openDescriptors() != descriptors) {
-          return ::testing::AssertionFailure() << run << ": descriptors " << descriptors << " -> "
-                                               << openDescriptors();
-        }
-        if (!delivered) break;
-      }
+      if (auto swept = sweepCall(call, error, operation, allowed, t, maxRuns); !swept) return swept;
     }
   }
   return ::testing::AssertionSuccess();

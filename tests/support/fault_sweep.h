@@ -16,6 +16,7 @@
 #include <cstdint>
 #include <functional>
 #include <initializer_list>
+#include <set>
 #include <vector>
 
 #include "frame/status.h"
@@ -32,6 +33,13 @@ struct HostSweepTally {
   std::uint32_t runs = 0;
   std::uint32_t failures = 0;  // runs the operation reported as failed
 };
+
+// One slot's sweep: its Nth call failed with `error`, N = 1, 2, ..., with
+// the checks above after each run.
+::testing::AssertionResult sweepCall(zu::platform::HostCall call, int error,
+                                     const std::function<ZuStatus()>& operation,
+                                     const std::set<unsigned short>& rows, HostSweepTally& tally,
+                                     std::uint32_t maxRuns);
 
 ::testing::AssertionResult sweepHostFaults(const std::function<ZuStatus()>& operation,
                                            std::initializer_list<unsigned short> rows,

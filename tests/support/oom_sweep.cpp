@@ -1,10 +1,11 @@
 #include "support/oom_sweep.h"
 
-#include "errors/keeper.h"
+#include <cerrno>
+
 #include "frame/thread.h"
 #include "memory/heap.h"
 #include "platform/host.h"
-#include "support/heap_check.h"
+#include "support/fault_sweep.h"
 
 namespace zutest {
 
@@ -31,45 +32,21 @@ std::uint32_t blocksInUse() {
 
 ::testing::AssertionResult sweepOutOfMemory(const std::function<bool()>& operation,
                                             SweepReport* report, std::uint32_t maxRuns) {
+  using zu::platform::HostCall;
   ThreadRecord record;
-  FaultGuard disarm;
-  SweepReport local;
-  SweepReport& r = report != nullptr ? *report : local;
-  r = SweepReport{};
-  for (std::uint32_t nth = 1; nth <= maxRuns; ++nth) {
-    const std::uint32_t before = blocksInUse();
-    bool ok = false;
-    bool refused = false;
-    unsigned short lastNumber = 0;
-    {
-      ZuErrorList list;
-      ZuErrorKeeper::setErrorList(&list);
-      zu::platform::hostFail(zu::platform::HostCall::malloc, nth, ENOMEM);
-      ok = operation();
-      refused = zu::platform::hostFailed(zu::platform::HostCall::malloc);
-      zu::platform::hostRestore(zu::platform::HostCall::malloc);
-      lastNumber = ZuErrorKeeper::getLastErrorNumber();
-      ZuErrorKeeper::giveUpErrorList();
-    }
-    ++r.runs;
-    if (!ok) ++r.failures;
-    if (!ok && !refused) {
-      return ::testing::AssertionFailure() << "run " << nth << " failed without a refusal";
-    }
-    if (!ok && lastNumber != kOutOfMemory) {
-      return ::testing::AssertionFailure()
-             << "run " << nth << " failed with last error " << lastNumber << ", not 30190";
-    }
-    if (auto sound = heapIsSound(); !sound) {
-      return ::testing::AssertionFailure() << "run " << nth << ": " << sound.message();
-    }
-    if (blocksInUse() != before) {
-      return ::testing::AssertionFailure() << "run " << nth << " left " << blocksInUse() - before
-                                           << " blocks behind";
-    }
-    if (ok && !refused) return ::testing::AssertionSuccess();
-  }
-  return ::testing::AssertionFailure() << "still refused after " << maxRuns << " runs";
+  HostSweepTally tally;
+  bool unrefused = false;  // a run failed that reached no refusal
+  const ::testing::AssertionResult result = sweepCall(
+      HostCall::malloc, ENOMEM,
+      [&] {
+        const bool ok = operation();
+        unrefused = unrefused || (!ok && !zu::platform::hostFailed(HostCall::malloc));
+        return ok ? ZU_OK : ZU_ERROR;
+      },
+      {kOutOfMemory}, tally, maxRuns);
+  if (report != nullptr) *report = {tally.runs, tally.failures};
+  if (result && unrefused) return ::testing::AssertionFailure() << "run " << tally.runs << " failed without a refusal";
+  return result;
 }
 
 }  // namespace zutest

@@ -1,9 +1,9 @@
-// Out-of-memory sweep: runs an operation again and again with the Nth system
-// block refused, N = 1, 2, 3, ..., until a run completes without reaching
-// the refusal. Each run gets a fresh error list of its own, keeping every
-// record. After a run that failed, the list must show the memory error
+// Out-of-memory sweep: the host sweep of one slot, malloc, with the Nth
+// system block refused, N = 1, 2, 3, ..., until a run completes without
+// reaching the refusal. A run that failed must show the memory error
 // (30190); after every run the heap must be sound and hold exactly the
-// blocks it held before. Leaks of system blocks are the sanitizer's to find.
+// blocks it held before, and no handle or descriptor may be left open.
+// Leaks of system blocks are the sanitizer's to find.
 //
 // The operation returns true on success and must free whatever it made
 // before it returns, success or not.
