@@ -3,8 +3,7 @@ from a private ODBCSYSINI/ODBCINI, queried through isql and pyodbc by data
 source and by DRIVER= connect string. Every query's rows are compared with
 sqlite3 running the same query over the same data loaded into a table.
 
-Usage: acceptance.py /path/to/libzucsv.so [--threads]   (exit 77: pyodbc or isql
-missing; --threads: only the threads and the appending processes)
+Usage: acceptance.py /path/to/libzucsv.so   (exit 77: pyodbc or isql missing)
 """
 import atexit
 import os
@@ -318,10 +317,7 @@ def threads_and_processes():
     c.close()
 
 
-# The thread part alone is what runs where the driver is built with
-# ThreadSanitizer (its runtime preloaded into Python).
-if "--threads" not in sys.argv[2:]:
-    clients()
+clients()
 threads_and_processes()
 
 if failures:
