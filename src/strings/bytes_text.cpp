@@ -2,7 +2,6 @@
 #include <cstring>
 
 #include "strings/bytes.h"
-#include "strings/short_length.h"
 #include "strings/small_move.h"
 #include "strings/text_rules.h"
 
@@ -71,12 +70,12 @@ unsigned short BUTSTLEN(const unsigned char* text) {
 void strCopy(unsigned char* dst, std::uint32_t size, const unsigned char* src) {
   const std::uint32_t room = size - 1;
   dst[room] = 0;
-  if (room > zu::bytes::kSmallMove) {
+  if (room > kTextBlock) {
     copyThroughNul(dst, src, room);
     return;
   }
-  // Short: measured and moved without a call.
-  const std::size_t n = zu::bytes::shortLength(src, room);
+  // One block: measured, then moved, without the loop.
+  const std::size_t n = strnlen(chars(src), room);
   zu::bytes::move(dst, src, n < room ? n + 1 : n);
 }
 
