@@ -4,6 +4,7 @@
 #include "strings/bytes.h"
 #include "strings/small_move.h"
 #include "strings/text_rules.h"
+#include "strings/wide_copy.h"
 
 namespace {
 
@@ -67,7 +68,7 @@ unsigned short BUTSTLEN(const unsigned char* text) {
   return static_cast<unsigned short>(std::strlen(chars(text)));
 }
 
-void strCopy(unsigned char* dst, std::uint32_t size, const unsigned char* src) {
+void zu::bytes::boundedCopy(unsigned char* dst, std::uint32_t size, const unsigned char* src) {
   const std::uint32_t room = size - 1;
   dst[room] = 0;
   if (room > kTextBlock) {
@@ -79,11 +80,30 @@ void strCopy(unsigned char* dst, std::uint32_t size, const unsigned char* src) {
   zu::bytes::move(dst, src, n < room ? n + 1 : n);
 }
 
-unsigned char* strCopy(unsigned char* dst, const unsigned char* src, std::uint32_t count) {
+unsigned char* zu::bytes::countedCopy(unsigned char* dst, const unsigned char* src,
+                                      std::uint32_t count) {
   zu::bytes::move(dst, src, count);
   dst[count] = 0;
   return dst + count;
 }
+
+#if ZU_WIDE_SCAN_COPY
+ZU_CHOOSE_AT_LOAD(void(unsigned char*, std::uint32_t, const unsigned char*), zuChooseBoundedCopy,
+                  strCopy, zu::bytes::boundedCopy, zu::bytes::wide::strCopy)
+#else
+void strCopy(unsigned char* dst, std::uint32_t size, const unsigned char* src) {
+  zu::bytes::boundedCopy(dst, size, src);
+}
+#endif
+
+#if ZU_WIDE_COPIES
+ZU_CHOOSE_AT_LOAD(unsigned char*(unsigned char*, const unsigned char*, std::uint32_t),
+                  zuChooseCountedCopy, strCopy, zu::bytes::countedCopy, zu::bytes::wide::strCopy)
+#else
+unsigned char* strCopy(unsigned char* dst, const unsigned char* src, std::uint32_t count) {
+  return zu::bytes::countedCopy(dst, src, count);
+}
+#endif
 
 unsigned char* strFind(const unsigned char* text, const unsigned char* pattern) {
   return bytesOf(std::strstr(chars(text), chars(pattern)));

@@ -74,11 +74,11 @@ TEST(BytePrimitives, OverlappingCopiesKeepTheirByteOrder) {
       {[](unsigned char* d, unsigned char* s, size_t n) { BUTMMCPD(d, s, n); }, down}};
   for (const auto& [copy, loop] : copies) {
     // Every short count, since short moves are pieced by size; then a long one.
-    std::vector<size_t> counts(71);
+    std::vector<size_t> counts(141);
     std::iota(counts.begin(), counts.end(), 0);
     counts.push_back(1000);
     for (size_t count : counts) {
-      for (int shift = -40; shift <= 40; shift += count <= 70 ? 3 : 1) {
+      for (int shift = -40; shift <= 40; shift += count <= 140 ? 3 : 1) {
         std::vector<unsigned char> mine(1200), want;
         std::iota(mine.begin(), mine.end(), 0);
         want = mine;
@@ -90,18 +90,30 @@ TEST(BytePrimitives, OverlappingCopiesKeepTheirByteOrder) {
   }
 }
 
-// The bounded copy against its loop, at every alignment, short length and
-// room, with the bytes after the NUL not NUL; and with each text, or the
-// room, ending on the last byte before a page that cannot be read.
-TEST(BytePrimitives, BoundedCopyMatchesItsLoop) {
-  constexpr size_t kMax = 70;
-  for (size_t align = 0; align < 16; ++align) {
-    for (size_t length = 0; length <= kMax; ++length) {
-      std::vector<unsigned char> src(align + kMax + 32, 'z');
-      std::fill_n(src.begin() + align, length, 'a');
+// The text copies against their loops, at every alignment within a 32-byte
+// block, every length and room up to four blocks and a spread beyond, with
+// no two blocks of the text alike and the bytes after the NUL not NUL; and
+// with each text, or the room, ending on the last byte before a page that
+// cannot be read.
+TEST(BytePrimitives, TextCopiesMatchTheirLoops) {
+  constexpr size_t kEvery = 130, kMax = 420, kStride = 7;
+  std::vector<size_t> sizes(kEvery + 1);
+  std::iota(sizes.begin(), sizes.end(), 0);
+  for (size_t n = kEvery + 1; n <= kMax; n += kStride) sizes.push_back(n);
+  std::vector<unsigned char> src(32 + kMax + 32), mine(kMax + 8), want(kMax + 8);
+  for (size_t align = 0; align < 32; ++align) {
+    for (size_t length : sizes) {
+      for (size_t i = 0; i < src.size(); ++i) src[i] = static_cast<unsigned char>(1 + i * 37 % 255);
       src[align + length] = 0;
-      for (size_t room = 1; room <= kMax; ++room) {
-        std::vector<unsigned char> mine(kMax + 8, '#'), want = mine;
+      std::fill(mine.begin(), mine.end(), '#');
+      want = mine;
+      std::copy_n(src.begin() + align, length + 1, want.begin());
+      ASSERT_EQ(strCopy(mine.data(), src.data() + align, length), mine.data() + length);
+      ASSERT_EQ(mine, want) << "counted: align " << align << " length " << length;
+      for (size_t room : sizes) {
+        if (room == 0) continue;
+        std::fill(mine.begin(), mine.end(), '#');
+        want = mine;
         strCopy(mine.data(), static_cast<std::uint32_t>(room), src.data() + align);
         want[room - 1] = 0;
         std::copy_n(src.begin() + align, std::min(length + 1, room - 1), want.begin());
@@ -115,17 +127,19 @@ TEST(BytePrimitives, BoundedCopyMatchesItsLoop) {
   auto* bytes = static_cast<unsigned char*>(map);
   ASSERT_EQ(mprotect(bytes + page, page, PROT_NONE), 0);
   unsigned char out[kMax + 1];
-  for (size_t length = 0; length <= kMax; ++length) {
+  for (size_t length : sizes) {
     unsigned char* text = bytes + page - length - 1;
     std::memset(text, 'b', length);
     text[length] = 0;
-    for (size_t room = 1; room <= kMax; ++room) {
+    for (size_t room : sizes) {
+      if (room == 0) continue;
       strCopy(out, static_cast<std::uint32_t>(room), text);
       ASSERT_EQ(std::strlen(reinterpret_cast<char*>(out)), std::min(length, room - 1));
     }
   }
   // No NUL at all: the room alone keeps the copy out of the next page.
-  for (size_t room = 1; room <= kMax; ++room) {
+  for (size_t room : sizes) {
+    if (room == 0) continue;
     unsigned char* text = bytes + page - (room - 1);
     std::memset(text, 'c', room - 1);
     strCopy(out, static_cast<std::uint32_t>(room), text);
