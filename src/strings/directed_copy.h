@@ -27,24 +27,30 @@ inline std::size_t distance(const void* from, const void* to) {
   return reinterpret_cast<std::uintptr_t>(to) - reinterpret_cast<std::uintptr_t>(from);
 }
 
+// Where the copy runs into its own output, lays the pattern down and says
+// so; otherwise leaves the copy to memmove's equal.
+inline bool repeatedAscending(unsigned char* dst, const unsigned char* src, std::size_t count) {
+  const std::size_t period = distance(src, dst);  // wraps to a huge value below src
+  if (period == 0 || period >= count) [[likely]] return false;
+  repeatAscending(dst, src, period, count);
+  return true;
+}
+
+inline bool repeatedDescending(unsigned char* dst, const unsigned char* src, std::size_t count) {
+  const std::size_t period = distance(dst, src);
+  if (period == 0 || period >= count) [[likely]] return false;
+  repeatDescending(dst, src, period, count);
+  return true;
+}
+
 // As a loop from the first byte to the last.
 inline void copyAscending(unsigned char* dst, const unsigned char* src, std::size_t count) {
-  const std::size_t period = distance(src, dst);  // wraps to a huge value below src
-  if (period != 0 && period < count) {
-    repeatAscending(dst, src, period, count);
-  } else {
-    move(dst, src, count);
-  }
+  if (!repeatedAscending(dst, src, count)) move(dst, src, count);
 }
 
 // As a loop from the last byte to the first.
 inline void copyDescending(unsigned char* dst, const unsigned char* src, std::size_t count) {
-  const std::size_t period = distance(dst, src);
-  if (period != 0 && period < count) {
-    repeatDescending(dst, src, period, count);
-  } else {
-    move(dst, src, count);
-  }
+  if (!repeatedDescending(dst, src, count)) move(dst, src, count);
 }
 
 }  // namespace zu::bytes

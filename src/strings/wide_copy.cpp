@@ -15,6 +15,10 @@
 #include "strings/small_move.h"
 
 #define ZU_WIDE [[gnu::target("avx2")]]
+// The bodies the loader chooses start on a cache line, as the C library's
+// do: a short copy is a handful of instructions, and where they fall across
+// a line boundary cost it as much as anything it does.
+#define ZU_WIDE_ENTRY [[gnu::target("avx2"), gnu::aligned(kEntryAlign)]]
 // For what reads whole aligned blocks around a text: the bytes outside it
 // belong to someone else, so no sanitizer may check them.
 #define ZU_WIDE_SCAN [[gnu::target("avx2"), gnu::no_sanitize_address, gnu::no_sanitize_thread]]
@@ -22,6 +26,7 @@
 namespace zu::bytes::wide {
 namespace {
 
+constexpr std::size_t kEntryAlign = 64;
 constexpr std::size_t kLane = 32;
 
 ZU_WIDE inline __m256i load(const unsigned char* p) {
@@ -48,7 +53,7 @@ constexpr std::size_t kRun = 4 * kLane;
                                                             std::size_t n) {
   if (n < kLane) {
     smallMove(dst, src, n);
-  } else if (n <= 2 * kLane) {
+  } else if (n <= 2 * kLane) [[likely]] {
     const __m256i head = load(src);
     const __m256i tail = load(src + n - kLane);
     store(dst, head);
@@ -67,24 +72,6 @@ constexpr std::size_t kRun = 4 * kLane;
   }
 }
 
-ZU_WIDE inline void ascending(unsigned char* dst, const unsigned char* src, std::size_t count) {
-  const std::size_t period = distance(src, dst);
-  if (period != 0 && period < count) {
-    repeatAscending(dst, src, period, count);
-  } else {
-    move(dst, src, count);
-  }
-}
-
-ZU_WIDE inline void descending(unsigned char* dst, const unsigned char* src, std::size_t count) {
-  const std::size_t period = distance(dst, src);
-  if (period != 0 && period < count) {
-    repeatDescending(dst, src, period, count);
-  } else {
-    move(dst, src, count);
-  }
-}
-
 // Bit i set where byte i is NUL.
 ZU_WIDE inline std::uint32_t nulBits(__m256i v) {
   return static_cast<std::uint32_t>(
@@ -99,9 +86,8 @@ ZU_WIDE_SCAN inline std::uint32_t nulBits(const unsigned char* alignedBlock) {
 // holds no NUL and lies within the room. False when the copy's last piece
 // is left: `bits` then has the block's NUL, if any, and `seen` where it
 // starts.
-ZU_WIDE_SCAN inline bool wholeBlock(
-    unsigned char* dst, const unsigned char*& block, std::uint32_t& bits, std::size_t& seen,
-    std::size_t room) {
+ZU_WIDE_SCAN inline bool wholeBlock(unsigned char* dst, const unsigned char*& block,
+                                   std::uint32_t& bits, std::size_t& seen, std::size_t room) {
   block += kLane;
   const __m256i v = loadAligned(block);
   bits = nulBits(v);
@@ -113,21 +99,24 @@ ZU_WIDE_SCAN inline bool wholeBlock(
 
 }  // namespace
 
-ZU_WIDE void butMemcp(unsigned char* dst, const unsigned char* src, unsigned short count) {
-  ascending(dst, src, count);
+ZU_WIDE_ENTRY void butMemcp(unsigned char* dst, const unsigned char* src, unsigned short count) {
+  if (!repeatedAscending(dst, src, count)) move(dst, src, count);
 }
 
-ZU_WIDE void butMmcpd(unsigned char* dst, const unsigned char* src, unsigned short count) {
-  descending(dst, src, count);
+ZU_WIDE_ENTRY void butMmcpd(unsigned char* dst, const unsigned char* src, unsigned short count) {
+  if (!repeatedDescending(dst, src, count)) move(dst, src, count);
 }
 
-ZU_WIDE void memCopyHuge(void* dst, const void* src, std::uint32_t count) {
-  ascending(static_cast<unsigned char*>(dst), static_cast<const unsigned char*>(src), count);
+ZU_WIDE_ENTRY void memCopyHuge(void* dst, const void* src, std::uint32_t count) {
+  auto* to = static_cast<unsigned char*>(dst);
+  const auto* from = static_cast<const unsigned char*>(src);
+  if (!repeatedAscending(to, from, count)) move(to, from, count);
 }
 
 // A long copy goes to the 16-byte body whole, so this one needs no frame.
-ZU_WIDE unsigned char* strCopy(unsigned char* dst, const unsigned char* src, std::uint32_t count) {
-  if (count > kSmallMove) return countedCopy(dst, src, count);
+ZU_WIDE_ENTRY unsigned char* strCopy(unsigned char* dst, const unsigned char* src,
+                                     std::uint32_t count) {
+  if (count > kInlineMove) return countedCopy(dst, src, count);
   move(dst, src, count);
   dst[count] = 0;
   return dst + count;
@@ -136,7 +125,7 @@ ZU_WIDE unsigned char* strCopy(unsigned char* dst, const unsigned char* src, std
 // The NUL is looked for in aligned blocks, which never cross into the next
 // page, so reading the rest of the block past the NUL, or before the text,
 // cannot fault.
-ZU_WIDE_SCAN void strCopy(
+ZU_WIDE_SCAN [[gnu::aligned(kEntryAlign)]] void strCopy(
     unsigned char* dst, std::uint32_t size, const unsigned char* src) {
   const std::uint32_t room = size - 1;
   if (distance(src, dst) < room || distance(dst, src) < room) {
