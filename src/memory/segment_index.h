@@ -2,13 +2,18 @@
 // independent of the number of segments, without changing any result.
 //
 // The segments by creation order (the chain's order) in numbered slots,
-// under a flat tree of the largest `fit` below each point, which finds the
+// under a flat tree of the largest key below each point, which finds the
 // first segment a search could serve. A node's `fit`
 // is 0 when the segment's rover is null, the largest conceivable block when
 // the segment may hold adjacent free blocks (its search would merge them),
 // and otherwise an upper bound of its largest free block: a segment whose
 // fit is below a request would fail that search without changing anything,
 // so skipping it is exact.
+//
+// The tree holds a byte per fit: the fit in granules, exact below 255 of
+// them, and 255 for every fit from there up. Requests below 255 granules are
+// answered by the keys alone; larger ones look at the fits of the segments
+// keyed 255. Sixteen keys four levels down from a node lie side by side.
 //
 // The slots live in one system block sized by the number of segments alone,
 // so a given sequence of heap calls asks the system for the same blocks in
@@ -38,29 +43,44 @@ struct IndexNode {
 };
 
 // Invariants, under ramSemaphore and while the heap uses the index: the
-// occupied slots hold one node per segment of the chain. fits_[capacity_ + k] is the fit of slot k (0 when
-// empty) and fits_[i] the larger of fits_[2i] and fits_[2i + 1]; slots at
-// and above used_ are empty. With no segment, no block is held.
+// occupied slots hold one node per segment of the chain. keys_[capacity_ + k]
+// is the key of slot k's fit (0 when empty) and keys_[i] the larger of
+// keys_[2i] and keys_[2i + 1]; slots at and above used_ are empty. With no
+// segment, no block is held.
 class SegmentIndex {
  public:
+  // Blocks, and so fits, are whole granules.
+  static constexpr std::uint32_t kGranuleShift = sizeof(void*) == 8 ? 3 : 2;
+  static constexpr std::uint32_t kOpenKey = 255;  // this many granules or more
+
   // Appends at the end of the chain order. False when the system refused
   // the block for more slots; the index is then as it was.
   bool append(IndexNode* node);
   void remove(IndexNode* node);
-  void setFit(IndexNode* node, std::uint32_t fit);
+  void setFit(IndexNode* node, std::uint32_t fit) {
+    if (node->fit == fit) return;
+    node->fit = fit;
+    const std::uint8_t key = keyOf(fit);
+    const std::uint32_t leaf = capacity_ + node->slot;
+    if (keys_[leaf] == key) return;
+    keys_[leaf] = key;
+    climb(leaf);
+  }
   // The first node in chain order whose fit is at least `need` (above 0),
   // or null. Four levels at a step while four remain: a node's sixteen
-  // great-great-grandchildren fill one 64-byte line, compared at once.
+  // great-great-grandchildren are one compare.
   IndexNode* firstFit(std::uint32_t need) const {
-    if (capacity_ == 0 || fits_[1] < need) return nullptr;
+    const std::uint32_t k = need >> kGranuleShift;
+    if (k >= kOpenKey) return firstLarge(need);
+    if (capacity_ == 0 || keys_[1] < k) return nullptr;
     std::uint32_t i = 1;
     std::uint32_t below = depth_;
     for (; below >= 4; below -= 4) {
-      i = i * 16 + static_cast<std::uint32_t>(__builtin_ctz(atLeast(fits_ + i * 16, need)));
+      i = i * 16 + static_cast<std::uint32_t>(__builtin_ctz(atLeast(keys_ + i * 16, k)));
     }
     for (; below > 0; --below) {
       i *= 2;
-      if (fits_[i] < need) ++i;
+      if (keys_[i] < k) ++i;
     }
     return nodes_[i - capacity_];
   }
@@ -70,32 +90,33 @@ class SegmentIndex {
   std::uint32_t slotsUsed() const { return used_; }
   bool summariesHold() const;
 
+  static std::uint8_t keyOf(std::uint32_t fit) {
+    const std::uint32_t granules = fit >> kGranuleShift;
+    return static_cast<std::uint8_t>(granules < kOpenKey ? granules : kOpenKey);
+  }
+
  private:
-  // Bit k set when group[k] >= need, for the sixteen entries of a group.
-  static std::uint32_t atLeast(const std::uint32_t* group, std::uint32_t need) {
+  // Bit j set when group[j] >= k, for the sixteen keys of a group.
+  static std::uint32_t atLeast(const std::uint8_t* group, std::uint32_t k) {
 #ifdef __SSE2__
-    // Unsigned order through signed compares, both sides with the top bit flipped.
-    const __m128i flip = _mm_set1_epi32(static_cast<int>(0x80000000u));
-    const __m128i floor = _mm_set1_epi32(static_cast<int>((need - 1) ^ 0x80000000u));
-    const auto* g = reinterpret_cast<const __m128i*>(group);
-    const __m128i a = _mm_cmpgt_epi32(_mm_xor_si128(_mm_load_si128(g), flip), floor);
-    const __m128i b = _mm_cmpgt_epi32(_mm_xor_si128(_mm_load_si128(g + 1), flip), floor);
-    const __m128i c = _mm_cmpgt_epi32(_mm_xor_si128(_mm_load_si128(g + 2), flip), floor);
-    const __m128i d = _mm_cmpgt_epi32(_mm_xor_si128(_mm_load_si128(g + 3), flip), floor);
-    return static_cast<std::uint32_t>(
-        _mm_movemask_epi8(_mm_packs_epi16(_mm_packs_epi32(a, b), _mm_packs_epi32(c, d))));
+    const __m128i g = _mm_load_si128(reinterpret_cast<const __m128i*>(group));
+    const __m128i floor = _mm_set1_epi8(static_cast<char>(k));
+    return static_cast<std::uint32_t>(_mm_movemask_epi8(_mm_cmpeq_epi8(_mm_max_epu8(g, floor), g)));
 #else
     std::uint32_t hits = 0;
-    for (std::uint32_t k = 0; k < 16; ++k) hits |= (group[k] >= need ? 1u : 0u) << k;
+    for (std::uint32_t j = 0; j < 16; ++j) hits |= (group[j] >= k ? 1u : 0u) << j;
     return hits;
 #endif
   }
 
   bool renumber();
   void climb(std::uint32_t leaf);
+  // The first slot at or after `from` whose key is at least k, or used_.
+  std::uint32_t firstFrom(std::uint32_t from, std::uint32_t k) const;
+  IndexNode* firstLarge(std::uint32_t need) const;
 
   void* block_ = nullptr;          // the system block holding both tables
-  std::uint32_t* fits_ = nullptr;  // 2 * capacity_ entries, 64-byte aligned; [0] unused
+  std::uint8_t* keys_ = nullptr;   // 2 * capacity_ entries, 16-byte aligned; [0] unused
   IndexNode** nodes_ = nullptr;    // capacity_ entries, by slot
   std::uint32_t capacity_ = 0;     // a power of two, or 0
   std::uint32_t depth_ = 0;        // log2 of capacity_
