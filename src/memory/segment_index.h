@@ -2,18 +2,18 @@
 // independent of the number of segments, without changing any result.
 //
 // The segments by creation order (the chain's order) in numbered slots,
-// under a flat tree of the largest key below each point, which finds the
-// first segment a search could serve. A node's `fit`
+// under a tree of sixteen-way groups holding the largest key below each
+// point, which finds the first segment a search could serve. A node's `fit`
 // is 0 when the segment's rover is null, the largest conceivable block when
 // the segment may hold adjacent free blocks (its search would merge them),
 // and otherwise an upper bound of its largest free block: a segment whose
 // fit is below a request would fail that search without changing anything,
 // so skipping it is exact.
 //
-// The tree holds a byte per fit: the fit in granules, exact below 255 of
-// them, and 255 for every fit from there up. Requests below 255 granules are
-// answered by the keys alone; larger ones look at the fits of the segments
-// keyed 255. Sixteen keys four levels down from a node lie side by side.
+// The tree holds a byte per fit: the fit in granules, exact up to 254 of
+// them, and 255 for every fit at or above that. Requests below 255 granules
+// are answered by the keys alone; larger ones look at the fits of the
+// segments whose key is 255. A group of sixteen keys is one compare.
 //
 // The slots live in one system block sized by the number of segments alone,
 // so a given sequence of heap calls asks the system for the same blocks in
@@ -43,49 +43,53 @@ struct IndexNode {
 };
 
 // Invariants, under ramSemaphore and while the heap uses the index: the
-// occupied slots hold one node per segment of the chain. keys_[capacity_ + k]
-// is the key of slot k's fit (0 when empty) and keys_[i] the larger of
-// keys_[2i] and keys_[2i + 1]; slots at and above used_ are empty. With no
-// segment, no block is held.
+// occupied slots hold one node per segment of the chain. Level 0 holds the
+// key of slot k at k (0 when empty); entry j of level l + 1 is the largest
+// of entries 16j to 16j + 15 of level l; every level is padded with zero
+// keys to whole groups, and the top level is kTop entries (a level fewer to
+// rewrite at each change costs three more compares in a search). Slots at
+// and above used_ are empty. With no segment, no block is held.
 class SegmentIndex {
  public:
-  // Blocks, and so fits, are whole granules.
+  // Blocks are whole granules of this many bytes, and so are fits.
+  static constexpr std::uint32_t kGranule = sizeof(void*) == 8 ? 8 : 4;
   static constexpr std::uint32_t kGranuleShift = sizeof(void*) == 8 ? 3 : 2;
   static constexpr std::uint32_t kOpenKey = 255;  // this many granules or more
+  static constexpr std::uint32_t kGroup = 16;
+  static constexpr std::uint32_t kTop = 64;  // entries of the top level, four groups
+  static constexpr std::uint32_t kMaxLevels = 9;
 
   // Appends at the end of the chain order. False when the system refused
   // the block for more slots; the index is then as it was.
   bool append(IndexNode* node);
   void remove(IndexNode* node);
   void setFit(IndexNode* node, std::uint32_t fit) {
-    if (node->fit == fit) return;
     node->fit = fit;
     const std::uint8_t key = keyOf(fit);
-    const std::uint32_t leaf = capacity_ + node->slot;
-    if (keys_[leaf] == key) return;
-    keys_[leaf] = key;
-    climb(leaf);
+    if (keys_[node->slot] != key) setKey(node->slot, key);
   }
   // The first node in chain order whose fit is at least `need` (above 0),
-  // or null. Four levels at a step while four remain: a node's sixteen
-  // great-great-grandchildren are one compare.
+  // or null. The top level at once, then one group at each level below.
   IndexNode* firstFit(std::uint32_t need) const {
     const std::uint32_t k = need >> kGranuleShift;
     if (k >= kOpenKey) return firstLarge(need);
-    if (capacity_ == 0 || keys_[1] < k) return nullptr;
-    std::uint32_t i = 1;
-    std::uint32_t below = depth_;
-    for (; below >= 4; below -= 4) {
-      i = i * 16 + static_cast<std::uint32_t>(__builtin_ctz(atLeast(keys_ + i * 16, k)));
+    if (levels_ == 0) return nullptr;
+    std::uint32_t l = levels_ - 1;
+    const std::uint8_t* top = keys_ + levelAt_[l];
+    const std::uint64_t hits = atLeast(top, k) | std::uint64_t{atLeast(top + 16, k)} << 16 |
+                               std::uint64_t{atLeast(top + 32, k)} << 32 |
+                               std::uint64_t{atLeast(top + 48, k)} << 48;
+    if (hits == 0) return nullptr;
+    std::uint32_t pos = static_cast<std::uint32_t>(__builtin_ctzll(hits));
+    while (l > 0) {
+      --l;
+      const std::uint32_t hits = atLeast(keys_ + levelAt_[l] + pos * kGroup, k);
+      pos = pos * kGroup + static_cast<std::uint32_t>(__builtin_ctz(hits));
     }
-    for (; below > 0; --below) {
-      i *= 2;
-      if (keys_[i] < k) ++i;
-    }
-    return nodes_[i - capacity_];
+    return nodes_[pos];
   }
   std::uint32_t count() const { return count_; }
-  // The node in slot k, or null; and whether the flat tree agrees with the fits.
+  // The node in slot k, or null; and whether the tree agrees with the fits.
   IndexNode* inSlot(std::uint32_t k) const { return k < used_ ? nodes_[k] : nullptr; }
   std::uint32_t slotsUsed() const { return used_; }
   bool summariesHold() const;
@@ -104,22 +108,41 @@ class SegmentIndex {
     return static_cast<std::uint32_t>(_mm_movemask_epi8(_mm_cmpeq_epi8(_mm_max_epu8(g, floor), g)));
 #else
     std::uint32_t hits = 0;
-    for (std::uint32_t j = 0; j < 16; ++j) hits |= (group[j] >= k ? 1u : 0u) << j;
+    for (std::uint32_t j = 0; j < kGroup; ++j) hits |= (group[j] >= k ? 1u : 0u) << j;
     return hits;
 #endif
   }
+#ifdef __SSE2__
+  static std::uint8_t largestOf(__m128i m) {
+    m = _mm_max_epu8(m, _mm_srli_si128(m, 8));
+    m = _mm_max_epu8(m, _mm_srli_si128(m, 4));
+    m = _mm_max_epu8(m, _mm_srli_si128(m, 2));
+    m = _mm_max_epu8(m, _mm_srli_si128(m, 1));
+    return static_cast<std::uint8_t>(_mm_cvtsi128_si32(m));
+  }
+  static std::uint8_t largestOf(const std::uint8_t* group) {
+    return largestOf(_mm_load_si128(reinterpret_cast<const __m128i*>(group)));
+  }
+#else
+  static std::uint8_t largestOf(const std::uint8_t* group) {
+    std::uint8_t best = 0;
+    for (std::uint32_t j = 0; j < kGroup; ++j) best = group[j] > best ? group[j] : best;
+    return best;
+  }
+#endif
 
   bool renumber();
-  void climb(std::uint32_t leaf);
+  void setKey(std::uint32_t slot, std::uint8_t key);
   // The first slot at or after `from` whose key is at least k, or used_.
   std::uint32_t firstFrom(std::uint32_t from, std::uint32_t k) const;
   IndexNode* firstLarge(std::uint32_t need) const;
 
   void* block_ = nullptr;          // the system block holding both tables
-  std::uint8_t* keys_ = nullptr;   // 2 * capacity_ entries, 16-byte aligned; [0] unused
   IndexNode** nodes_ = nullptr;    // capacity_ entries, by slot
+  std::uint8_t* keys_ = nullptr;   // all levels, each 16-byte aligned
+  std::uint32_t levelAt_[kMaxLevels] = {};  // offset of each level in keys_
+  std::uint32_t levels_ = 0;
   std::uint32_t capacity_ = 0;     // a power of two, or 0
-  std::uint32_t depth_ = 0;        // log2 of capacity_
   std::uint32_t used_ = 0;
   std::uint32_t count_ = 0;
 };
