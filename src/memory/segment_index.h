@@ -23,6 +23,8 @@
 
 #include <cstdint>
 
+#include "memory/heap_layout.h"
+
 #ifdef __SSE2__
 #include <emmintrin.h>
 #endif
@@ -51,9 +53,8 @@ struct IndexNode {
 // and above used_ are empty. With no segment, no block is held.
 class SegmentIndex {
  public:
-  // Blocks are whole granules of this many bytes, and so are fits.
-  static constexpr std::uint32_t kGranule = sizeof(void*) == 8 ? 8 : 4;
-  static constexpr std::uint32_t kGranuleShift = sizeof(void*) == 8 ? 3 : 2;
+  // Blocks are whole granules of kAlign bytes, and so are fits.
+  static constexpr std::uint32_t kGranuleShift = __builtin_ctz(kAlign);
   static constexpr std::uint32_t kOpenKey = 255;  // this many granules or more
   static constexpr std::uint32_t kGroup = 16;
   static constexpr std::uint32_t kTop = 64;  // entries of the top level, four groups
@@ -83,8 +84,8 @@ class SegmentIndex {
     std::uint32_t pos = static_cast<std::uint32_t>(__builtin_ctzll(hits));
     while (l > 0) {
       --l;
-      const std::uint32_t hits = atLeast(keys_ + levelAt_[l] + pos * kGroup, k);
-      pos = pos * kGroup + static_cast<std::uint32_t>(__builtin_ctz(hits));
+      const std::uint32_t below = atLeast(keys_ + levelAt_[l] + pos * kGroup, k);
+      pos = pos * kGroup + static_cast<std::uint32_t>(__builtin_ctz(below));
     }
     return nodes_[pos];
   }
@@ -112,24 +113,13 @@ class SegmentIndex {
     return hits;
 #endif
   }
-#ifdef __SSE2__
-  static std::uint8_t largestOf(__m128i m) {
-    m = _mm_max_epu8(m, _mm_srli_si128(m, 8));
-    m = _mm_max_epu8(m, _mm_srli_si128(m, 4));
-    m = _mm_max_epu8(m, _mm_srli_si128(m, 2));
-    m = _mm_max_epu8(m, _mm_srli_si128(m, 1));
-    return static_cast<std::uint8_t>(_mm_cvtsi128_si32(m));
-  }
-  static std::uint8_t largestOf(const std::uint8_t* group) {
-    return largestOf(_mm_load_si128(reinterpret_cast<const __m128i*>(group)));
-  }
-#else
+  // The largest key of a group, for rebuilding and checking; a change of one
+  // key finds it in a quicker way where SSE2 is there.
   static std::uint8_t largestOf(const std::uint8_t* group) {
     std::uint8_t best = 0;
     for (std::uint32_t j = 0; j < kGroup; ++j) best = group[j] > best ? group[j] : best;
     return best;
   }
-#endif
 
   bool renumber();
   void setKey(std::uint32_t slot, std::uint8_t key);

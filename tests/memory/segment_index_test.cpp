@@ -22,14 +22,14 @@ constexpr std::uint32_t kUnknown = 0xFFFFFFFFu;
 std::uint32_t randomFit(std::mt19937& rng) {
   const std::uint32_t kind = rng() % 1000;
   if (kind < 400) return 0;
-  if (kind < 950) return (rng() % 64) * SegmentIndex::kGranule;
-  if (kind < 999) return (rng() % 4096) * SegmentIndex::kGranule;  // around the open key
+  if (kind < 950) return (rng() % 64) * zu::heap::kAlign;
+  if (kind < 999) return (rng() % 4096) * zu::heap::kAlign;  // around the open key
   return kUnknown;
 }
 
 std::uint32_t randomNeed(std::mt19937& rng) {
   const std::uint32_t granules = rng() % 2 == 0 ? 2 + rng() % 4096 : 2 + rng() % 64;
-  return granules * SegmentIndex::kGranule;
+  return granules * zu::heap::kAlign;
 }
 
 const IndexNode* scan(const std::vector<IndexNode*>& chain, std::uint32_t need) {
@@ -48,7 +48,7 @@ TEST(SegmentIndex, FirstFitAgreesWithAScanOfTheChain) {
   // lies at or before that segment, wherever it is.
   auto ask = [&](int step) {
     const std::uint32_t some = chain.empty() ? 0 : chain[rng() % chain.size()]->fit;
-    for (std::uint32_t need : {randomNeed(rng), some < 2 * SegmentIndex::kGranule ? 0 : some}) {
+    for (std::uint32_t need : {randomNeed(rng), some < 2 * zu::heap::kAlign ? 0 : some}) {
       if (need == 0) continue;
       EXPECT_EQ(index.firstFit(need), scan(chain, need)) << "need " << need << ", step " << step;
       if (HasFailure()) return;
@@ -85,7 +85,7 @@ TEST(SegmentIndex, FirstFitAgreesWithAScanOfTheChain) {
   EXPECT_EQ(index.count(), chain.size());
   for (IndexNode* n : chain) index.remove(n);
   EXPECT_EQ(index.count(), 0u);
-  EXPECT_EQ(index.firstFit(SegmentIndex::kGranule * 2), nullptr);
+  EXPECT_EQ(index.firstFit(zu::heap::kAlign * 2), nullptr);
 }
 
 }  // namespace
