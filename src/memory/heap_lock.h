@@ -27,7 +27,8 @@ class HeapLock {
       }
       while (!takeWord()) platform::sys.sleepMs(semaphorePool.yieldTime);
     }
-    ramSemaphore.owner = bosGetThreadID();
+    const std::uint32_t id = platform::knownThreadId;
+    ramSemaphore.owner = id != 0 ? id : bosGetThreadID();
   }
   ~HeapLock() {
     ramSemaphore.owner = 0;

@@ -2,13 +2,18 @@
 // independent of the number of segments, without changing any result.
 //
 // The segments by creation order (the chain's order) in numbered slots,
-// under a flat tree of the largest `fit` below each point, which finds the
-// first segment a search could serve. A node's `fit`
+// under a tree of sixteen-way groups holding the largest key below each
+// point, which finds the first segment a search could serve. A node's `fit`
 // is 0 when the segment's rover is null, the largest conceivable block when
 // the segment may hold adjacent free blocks (its search would merge them),
 // and otherwise an upper bound of its largest free block: a segment whose
 // fit is below a request would fail that search without changing anything,
 // so skipping it is exact.
+//
+// The tree holds a byte per fit: the fit in granules, exact up to 254 of
+// them, and 255 for every fit at or above that. Requests below 255 granules
+// are answered by the keys alone; larger ones look at the fits of the
+// segments whose key is 255. A group of sixteen keys is one compare.
 //
 // The slots live in one system block sized by the number of segments alone,
 // so a given sequence of heap calls asks the system for the same blocks in
@@ -17,6 +22,8 @@
 #define ZUUTL_MEMORY_SEGMENT_INDEX_H
 
 #include <cstdint>
+
+#include "memory/heap_layout.h"
 
 #ifdef __SSE2__
 #include <emmintrin.h>
@@ -38,67 +45,94 @@ struct IndexNode {
 };
 
 // Invariants, under ramSemaphore and while the heap uses the index: the
-// occupied slots hold one node per segment of the chain. fits_[capacity_ + k] is the fit of slot k (0 when
-// empty) and fits_[i] the larger of fits_[2i] and fits_[2i + 1]; slots at
+// occupied slots hold one node per segment of the chain. Level 0 holds the
+// key of slot k at k (0 when empty); entry j of level l + 1 is the largest
+// of entries 16j to 16j + 15 of level l; every level is padded with zero
+// keys to whole groups, and the top level is kTop entries (a level fewer to
+// rewrite at each change costs three more compares in a search). Slots at
 // and above used_ are empty. With no segment, no block is held.
 class SegmentIndex {
  public:
+  // Blocks are whole granules of kAlign bytes, and so are fits.
+  static constexpr std::uint32_t kGranuleShift = __builtin_ctz(kAlign);
+  static constexpr std::uint32_t kOpenKey = 255;  // this many granules or more
+  static constexpr std::uint32_t kGroup = 16;
+  static constexpr std::uint32_t kTop = 64;  // entries of the top level, four groups
+  static constexpr std::uint32_t kMaxLevels = 9;
+
   // Appends at the end of the chain order. False when the system refused
   // the block for more slots; the index is then as it was.
   bool append(IndexNode* node);
   void remove(IndexNode* node);
-  void setFit(IndexNode* node, std::uint32_t fit);
+  void setFit(IndexNode* node, std::uint32_t fit) {
+    node->fit = fit;
+    const std::uint8_t key = keyOf(fit);
+    if (keys_[node->slot] != key) setKey(node->slot, key);
+  }
   // The first node in chain order whose fit is at least `need` (above 0),
-  // or null. Four levels at a step while four remain: a node's sixteen
-  // great-great-grandchildren fill one 64-byte line, compared at once.
+  // or null. The top level at once, then one group at each level below.
   IndexNode* firstFit(std::uint32_t need) const {
-    if (capacity_ == 0 || fits_[1] < need) return nullptr;
-    std::uint32_t i = 1;
-    std::uint32_t below = depth_;
-    for (; below >= 4; below -= 4) {
-      i = i * 16 + static_cast<std::uint32_t>(__builtin_ctz(atLeast(fits_ + i * 16, need)));
+    const std::uint32_t k = need >> kGranuleShift;
+    if (k >= kOpenKey) return firstLarge(need);
+    if (levels_ == 0) return nullptr;
+    std::uint32_t l = levels_ - 1;
+    const std::uint8_t* top = keys_ + levelAt_[l];
+    const std::uint64_t hits = atLeast(top, k) | std::uint64_t{atLeast(top + 16, k)} << 16 |
+                               std::uint64_t{atLeast(top + 32, k)} << 32 |
+                               std::uint64_t{atLeast(top + 48, k)} << 48;
+    if (hits == 0) return nullptr;
+    std::uint32_t pos = static_cast<std::uint32_t>(__builtin_ctzll(hits));
+    while (l > 0) {
+      --l;
+      const std::uint32_t below = atLeast(keys_ + levelAt_[l] + pos * kGroup, k);
+      pos = pos * kGroup + static_cast<std::uint32_t>(__builtin_ctz(below));
     }
-    for (; below > 0; --below) {
-      i *= 2;
-      if (fits_[i] < need) ++i;
-    }
-    return nodes_[i - capacity_];
+    return nodes_[pos];
   }
   std::uint32_t count() const { return count_; }
-  // The node in slot k, or null; and whether the flat tree agrees with the fits.
+  // The node in slot k, or null; and whether the tree agrees with the fits.
   IndexNode* inSlot(std::uint32_t k) const { return k < used_ ? nodes_[k] : nullptr; }
   std::uint32_t slotsUsed() const { return used_; }
   bool summariesHold() const;
 
+  static std::uint8_t keyOf(std::uint32_t fit) {
+    const std::uint32_t granules = fit >> kGranuleShift;
+    return static_cast<std::uint8_t>(granules < kOpenKey ? granules : kOpenKey);
+  }
+
  private:
-  // Bit k set when group[k] >= need, for the sixteen entries of a group.
-  static std::uint32_t atLeast(const std::uint32_t* group, std::uint32_t need) {
+  // Bit j set when group[j] >= k, for the sixteen keys of a group.
+  static std::uint32_t atLeast(const std::uint8_t* group, std::uint32_t k) {
 #ifdef __SSE2__
-    // Unsigned order through signed compares, both sides with the top bit flipped.
-    const __m128i flip = _mm_set1_epi32(static_cast<int>(0x80000000u));
-    const __m128i floor = _mm_set1_epi32(static_cast<int>((need - 1) ^ 0x80000000u));
-    const auto* g = reinterpret_cast<const __m128i*>(group);
-    const __m128i a = _mm_cmpgt_epi32(_mm_xor_si128(_mm_load_si128(g), flip), floor);
-    const __m128i b = _mm_cmpgt_epi32(_mm_xor_si128(_mm_load_si128(g + 1), flip), floor);
-    const __m128i c = _mm_cmpgt_epi32(_mm_xor_si128(_mm_load_si128(g + 2), flip), floor);
-    const __m128i d = _mm_cmpgt_epi32(_mm_xor_si128(_mm_load_si128(g + 3), flip), floor);
-    return static_cast<std::uint32_t>(
-        _mm_movemask_epi8(_mm_packs_epi16(_mm_packs_epi32(a, b), _mm_packs_epi32(c, d))));
+    const __m128i g = _mm_load_si128(reinterpret_cast<const __m128i*>(group));
+    const __m128i floor = _mm_set1_epi8(static_cast<char>(k));
+    return static_cast<std::uint32_t>(_mm_movemask_epi8(_mm_cmpeq_epi8(_mm_max_epu8(g, floor), g)));
 #else
     std::uint32_t hits = 0;
-    for (std::uint32_t k = 0; k < 16; ++k) hits |= (group[k] >= need ? 1u : 0u) << k;
+    for (std::uint32_t j = 0; j < kGroup; ++j) hits |= (group[j] >= k ? 1u : 0u) << j;
     return hits;
 #endif
   }
+  // The largest key of a group, for rebuilding and checking; a change of one
+  // key finds it in a quicker way where SSE2 is there.
+  static std::uint8_t largestOf(const std::uint8_t* group) {
+    std::uint8_t best = 0;
+    for (std::uint32_t j = 0; j < kGroup; ++j) best = group[j] > best ? group[j] : best;
+    return best;
+  }
 
   bool renumber();
-  void climb(std::uint32_t leaf);
+  void setKey(std::uint32_t slot, std::uint8_t key);
+  // The first slot at or after `from` whose key is at least k, or used_.
+  std::uint32_t firstFrom(std::uint32_t from, std::uint32_t k) const;
+  IndexNode* firstLarge(std::uint32_t need) const;
 
   void* block_ = nullptr;          // the system block holding both tables
-  std::uint32_t* fits_ = nullptr;  // 2 * capacity_ entries, 64-byte aligned; [0] unused
   IndexNode** nodes_ = nullptr;    // capacity_ entries, by slot
+  std::uint8_t* keys_ = nullptr;   // all levels, each 16-byte aligned
+  std::uint32_t levelAt_[kMaxLevels] = {};  // offset of each level in keys_
+  std::uint32_t levels_ = 0;
   std::uint32_t capacity_ = 0;     // a power of two, or 0
-  std::uint32_t depth_ = 0;        // log2 of capacity_
   std::uint32_t used_ = 0;
   std::uint32_t count_ = 0;
 };
