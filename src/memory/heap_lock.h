@@ -27,8 +27,7 @@ class HeapLock {
       }
       while (!takeWord()) platform::sys.sleepMs(semaphorePool.yieldTime);
     }
-    const std::uint32_t id = platform::knownThreadId;
-    ramSemaphore.owner = id != 0 ? id : bosGetThreadID();
+    ramSemaphore.owner = bosGetThreadID();
   }
   ~HeapLock() {
     ramSemaphore.owner = 0;

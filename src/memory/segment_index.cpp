@@ -128,7 +128,7 @@ std::uint32_t SegmentIndex::firstFrom(std::uint32_t from, std::uint32_t k) const
   for (;;) {
     // The rest of pos's group; at the top, of the whole level.
     const bool top = l + 1 == levels_;
-    const std::uint32_t end = top ? levelAt_[l] + kTop : levelAt_[l + 1];
+    const std::uint32_t end = levelEnd(l);
     std::uint32_t hits = 0;
     while (hits == 0 && levelAt_[l] + pos < end) {
       hits = atLeast(keys_ + levelAt_[l] + (pos & ~(kGroup - 1)), k) >> (pos % kGroup);
@@ -192,7 +192,7 @@ bool SegmentIndex::summariesHold() const {
     if (n != nullptr && n->slot != k) return false;
   }
   for (std::uint32_t l = 1; l < levels_; ++l) {
-    const std::uint32_t end = l + 1 < levels_ ? levelAt_[l + 1] : levelAt_[l] + kTop;
+    const std::uint32_t end = levelEnd(l);
     for (std::uint32_t j = 0; levelAt_[l] + j < end; ++j) {
       const std::uint8_t want = levelAt_[l - 1] + j * kGroup < levelAt_[l]
                                     ? largestOf(keys_ + levelAt_[l - 1] + j * kGroup)

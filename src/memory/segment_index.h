@@ -121,6 +121,10 @@ class SegmentIndex {
     return best;
   }
 
+  // Where level l ends in keys_: the next level's start, or the top's width.
+  std::uint32_t levelEnd(std::uint32_t l) const {
+    return l + 1 < levels_ ? levelAt_[l + 1] : levelAt_[l] + kTop;
+  }
   bool renumber();
   void setKey(std::uint32_t slot, std::uint8_t key);
   // The first slot at or after `from` whose key is at least k, or used_.

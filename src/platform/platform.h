@@ -33,10 +33,6 @@ struct Calls {
 extern Calls sys;
 extern const Calls kDefaultCalls;
 
-// The calling thread's id once the default threadId has given it on this
-// thread, else 0: a read of it costs no call.
-extern __thread std::uint32_t knownThreadId;
-
 // Atomic 32-bit exchange with full ordering.
 std::uint32_t atomicExchange(std::uint32_t* word, std::uint32_t value);
 

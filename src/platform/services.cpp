@@ -7,11 +7,6 @@
 #include "platform/platform.h"
 
 namespace zu::platform {
-
-// Asked for on every call of the heap's lock: each thread remembers its own
-// id, and a forked child forgets the parent's.
-__thread std::uint32_t knownThreadId = 0;
-
 namespace {
 
 constexpr std::uint32_t kMsPerSecond = 1000;
@@ -66,15 +61,19 @@ void sleepMs(std::uint32_t ms) {
 
 std::uint32_t processId() { return static_cast<std::uint32_t>(host.getpid()); }
 
-void forgetThreadId() { knownThreadId = 0; }
+// The heap's lock asks for the thread's id on every call, so each thread
+// remembers its own; a forked child forgets the parent's.
+thread_local std::uint32_t cachedThreadId = 0;
+
+void forgetThreadId() { cachedThreadId = 0; }
 
 std::uint32_t threadId() {
-  if (knownThreadId == 0) {
+  if (cachedThreadId == 0) {
     static const int registered = host.pthread_atfork(nullptr, nullptr, forgetThreadId);
     (void)registered;
-    knownThreadId = static_cast<std::uint32_t>(host.gettid());
+    cachedThreadId = static_cast<std::uint32_t>(host.gettid());
   }
-  return knownThreadId;
+  return cachedThreadId;
 }
 
 void writeAll(const unsigned char* text) {
